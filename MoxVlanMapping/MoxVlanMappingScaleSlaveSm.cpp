@@ -1,0 +1,144 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "MoxVlanMapping/MoxVlanMappingScaleSlaveSm.h"
+
+#include <utility>
+
+#include "Zel/NewEntity.h"
+#include "Zel/Trace.h"
+
+namespace MoxVlanMapping {
+namespace {
+
+constexpr char zelSourceTag[] = "MoxVlanMapping/MoxVlanMappingScaleSlaveSm";
+constinit Zel::TraceHandle trace( "MoxVlanMappingScaleSm", false );
+constexpr unsigned kHooks = 5;
+
+}   // namespace
+
+VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSm(
+   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
+   const Zel::Ptr< const Bridging::Config >& bridgingConfig,
+   const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
+   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
+   const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir )
+    : VlanMappingSlaveSm( acsd, clock, bridgingConfig, vlanXlateStatusDir ),
+      vlanRangeEntryDir_( vlanRangeEntryDir ),
+      vlanXlateScheduleDir_( vlanXlateScheduleDir ) {}
+
+VlanMappingScaleSlaveSm::~VlanMappingScaleSlaveSm() {
+   zelDoZombieReactors( true );
+   vlanRangeMgrDel();
+   vlanXlateScheduleDir_ = nullptr;
+   vlanRangeEntryDir_ = nullptr;
+}
+
+Zel::Ptr< VlanMappingScaleSlaveSm >
+VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSmIs(
+   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
+   const Zel::Ptr< const Bridging::Config >& bridgingConfig,
+   const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
+   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
+   const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir ) {
+   return Zel::newEntity< VlanMappingScaleSlaveSm >( acsd, clock, bridgingConfig,
+                                                     vlanXlateStatusDir, vlanRangeEntryDir,
+                                                     vlanXlateScheduleDir );
+}
+
+void
+VlanMappingScaleSlaveSm::hasNotificationActiveIs( bool active ) {
+   if ( hasNotificationActive() != active ) {
+      VlanMappingSlaveSm::hasNotificationActiveIs( active );
+   }
+}
+
+void
+VlanMappingScaleSlaveSm::zelDoZombieReactors( bool zombie ) {
+   if ( zelMarkedForDeletion() != zombie ) {
+      VlanMappingSlaveSm::zelDoZombieReactors( zombie );
+      zelMarkedForDeletionIs( zombie );
+   }
+}
+
+void
+VlanMappingScaleSlaveSm::handleInitialized() {
+   ZEL_TRACE( trace, kHooks, __LINE__, "handleInitialized" );
+   vlanRangeMgrIs( vlanRangeEntryDir_ );
+   VlanMappingSlaveSm::handleInitialized();
+}
+
+Zel::Ptr< MoxVlanRangeMgr >
+VlanMappingScaleSlaveSm::vlanRangeMgrIs(
+   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir ) {
+   if ( !vlanRangeMgr_ || !( vlanRangeMgr_->vlanRangeEntryDir() == vlanRangeEntryDir ) ) {
+      vlanRangeMgr_ = moxVlanRangeMgrFactory( vlanRangeEntryDir );
+   }
+   return vlanRangeMgr_;
+}
+
+Zel::Ptr< MoxVlanRangeMgr >
+VlanMappingScaleSlaveSm::vlanRangeMgrDel() {
+   return std::move( vlanRangeMgr_ );
+}
+
+void
+VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey ) {
+   ZEL_TRACE( trace, kHooks, __LINE__, "doAddIngressVlanMapping", " pvKey: ", pvKey );
+   Mox::MoxVlanMappingConfig config;
+   if ( const auto* configured = ingressConfigDir()->config().record( pvKey ) ) {
+      config = *configured;
+   }
+   const Bridging::VlanIdOrNone translatedVlan = config.mapping().vlanId();
+   ZEL_TRACE( trace, kHooks, __LINE__, "doAddIngressVlanMapping", " ", pvKey.intfId(),
+              " : Adding mapping ", pvKey.vlanId(), " to ", translatedVlan, " inLag ",
+              config.inLag(), " xlateUntagged ", config.xlateUntagged() );
+   const Zel::Ptr< MoxVlanRangeMgr > mgr = vlanRangeMgr_;
+   mgr->addVlanToIdx( pvKey.intfId(), pvKey.vlanId(), config.mapping() );
+   const Zel::Ptr< VlanXlateScheduleDir > scheduleDir = vlanXlateScheduleDir_;
+   scheduleDir->vlanXlateScheduleIs( pvKey.intfId() );
+}
+
+void
+VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey ) {
+   ZEL_TRACE( trace, kHooks, __LINE__, "doDelIngressVlanMapping", " pvKey: ", pvKey );
+   const Bridging::VlanId vlanId( pvKey.vlanId().value() );
+   const Zel::Ptr< MoxVlanRangeMgr > mgr = vlanRangeMgr_;
+   mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
+   const Zel::Ptr< VlanXlateScheduleDir > scheduleDir = vlanXlateScheduleDir_;
+   scheduleDir->vlanXlateScheduleIs( pvKey.intfId() );
+}
+
+void
+VlanMappingScaleSlaveSm::doAddEgressVlanMapping( const Mox::PortVlanKey& pvKey ) {
+   ZEL_TRACE( trace, kHooks, __LINE__, "doAddEgressVlanMapping", " pvKey: ", pvKey );
+   // A key without configuration publishes the default record under the default key, on purpose.
+   Mox::MoxVlanMappingConfig config;
+   if ( const auto* configured = egressConfigDir()->config().record( pvKey ) ) {
+      config = *configured;
+   }
+   const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
+   status->statusIs( Mox::MoxVlanMappingStatus( config.key(), config.mapping(), config.inLag(),
+                                                /* xlateUntagged */ false, config.origin() ) );
+}
+
+void
+VlanMappingScaleSlaveSm::doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey ) {
+   ZEL_TRACE( trace, kHooks, __LINE__, "doDelEgressVlanMapping", " pvKey: ", pvKey );
+   const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
+   status->statusDel( pvKey );
+}
+
+Zel::Ptr< VlanMappingScaleSlaveSm >
+vlanMappingScaleSlaveSmFactory(
+   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
+   const Zel::Ptr< const Bridging::Config >& bridgingConfig,
+   const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
+   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
+   const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir ) {
+   return VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSmIs(
+      acsd, clock, bridgingConfig, vlanXlateStatusDir, vlanRangeEntryDir,
+      vlanXlateScheduleDir );
+}
+
+}   // namespace MoxVlanMapping

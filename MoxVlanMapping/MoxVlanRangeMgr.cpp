@@ -1,0 +1,225 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "MoxVlanMapping/MoxVlanRangeMgr.h"
+
+#include "Zel/Assert.h"
+#include "Zel/NewEntity.h"
+#include "Zel/Trace.h"
+
+namespace MoxVlanMapping {
+namespace {
+
+using Bridging::VlanId;
+using Bridging::VlanXlateMapping;
+using Corvel::IntfId;
+
+constexpr char zelSourceTag[] = "MoxVlanMapping/MoxVlanRangeMgr";
+constinit Zel::TraceHandle trace( "MoxVlanRangeMgr", false );
+
+constexpr unsigned kDecision = 1;
+constexpr unsigned kArguments = 9;
+
+// The range that starts at or above `vid`.
+VlanRangeEntry::VlanIdRangeMap::Iterator
+upperBound( const VlanRangeEntry& entry, VlanId vid ) {
+   return entry.vlanIdRange().findElementOrNext( vid );
+}
+
+// The start at or below `vid`, which is the start of the only range that can hold it.
+VlanRangeEntry::RevSortedStartVidMap::Iterator
+lowerBound( const VlanRangeEntry& entry, VlanId vid ) {
+   return entry.revSortedStartVid().findElementOrNext( ReverseStartIdVlanId( vid.value() ) );
+}
+
+VlanRangeXlateMapping
+rangeOf( const VlanRangeEntry& entry,
+         const VlanRangeEntry::RevSortedStartVidMap::Iterator& start ) {
+   return entry.vlanIdRange( VlanId( start->key().value() ) );
+}
+
+bool
+mappingMatches( VlanXlateMapping wanted, const VlanRangeXlateMapping& range ) {
+   return wanted == VlanXlateMapping() || wanted == range.mapping();
+}
+
+}   // namespace
+
+MoxVlanRangeMgr::~MoxVlanRangeMgr() {
+   zelDoZombieReactors( true );
+}
+
+Zel::Ptr< MoxVlanRangeMgr >
+MoxVlanRangeMgr::MoxVlanRangeMgrIs( const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir ) {
+   return Zel::newEntity< MoxVlanRangeMgr >( vlanRangeEntryDir );
+}
+
+bool
+MoxVlanRangeMgr::isVidInRange( const VlanRangeXlateMapping& range, VlanId vid ) const {
+   return !( vid < range.lowVid() ) && !( range.highVid() < vid );
+}
+
+bool
+MoxVlanRangeMgr::isVidAndDot1qInUpperBoundRange( IntfId intfId, VlanId vid,
+                                                 VlanXlateMapping mapping ) const {
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+              " intfId: ", intfId, " inVlanId: ", vid, " mapping: ", mapping );
+   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+   if ( !uBoundIter ) {
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                 " upper bound iterator empty" );
+      return false;
+   }
+   const VlanRangeXlateMapping range = uBoundIter->value();
+   // "uppper" is kept on purpose: the text is matched by those who read the traces.
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+              " uppper bound Range: ", range );
+   return mappingMatches( mapping, range ) && isVidInRange( range, vid );
+}
+
+bool
+MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
+                                                 VlanXlateMapping mapping ) const {
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+              " intfId: ", intfId, " inVlanId: ", vid, " mapping: ", mapping );
+   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+   if ( !lBoundIter ) {
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+                 " lower bound iterator empty" );
+      return false;
+   }
+   const VlanRangeXlateMapping range = rangeOf( *vlanRangeEntry, lBoundIter );
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
+              range );
+   return mappingMatches( mapping, range ) && isVidInRange( range, vid );
+}
+
+// The assertions below name their variables in what they print; those names are kept on purpose.
+void
+MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mapping ) {
+   ZEL_TRACE( trace, kArguments, __LINE__, "addVlanToIdx", " intfId: ", intfId,
+              " vlanId: ", vid, " mapping: ", mapping );
+   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   if ( isVidAndDot1qInLowerBoundRange( intfId, vid, mapping ) ||
+        isVidAndDot1qInUpperBoundRange( intfId, vid, mapping ) ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " already present returning " );
+      return;
+   }
+   const bool joinsUpper =
+      vid.value() < VlanId::kHighest &&
+      isVidAndDot1qInUpperBoundRange( intfId, VlanId( vid.value() + 1u ), mapping );
+   const bool joinsLower =
+      vid.value() != VlanId::kLowest &&
+      isVidAndDot1qInLowerBoundRange( intfId, VlanId( vid.value() - 1u ), mapping );
+
+   VlanId lowVid = vid;
+   VlanId highVid = vid;
+   if ( joinsLower && joinsUpper ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " merge 2 ranges " );
+      const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+      ZEL_ASSERT( uBoundIter );
+      const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
+      const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+      ZEL_ASSERT( lBoundIter );
+      const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
+      ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
+      ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
+      ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
+      lowVid = lBoundRange.lowVid();
+      highVid = uBoundRange.highVid();
+   } else if ( joinsUpper ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to start of curRange " );
+      const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+      ZEL_ASSERT( uBoundIter );
+      const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
+      ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
+      ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
+      vlanRangeEntry->revSortedStartVidIs( vid.value(), true );
+      highVid = uBoundRange.highVid();
+   } else if ( joinsLower ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to end of prev range" );
+      const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+      ZEL_ASSERT( lBoundIter );
+      const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
+      ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
+      lowVid = lBoundRange.lowVid();
+   } else {
+      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
+                 " vid not present in prev and cur: " );
+      vlanRangeEntry->revSortedStartVidIs( vid.value(), true );
+   }
+   const VlanRangeXlateMapping newRange( lowVid, highVid, mapping );
+   vlanRangeEntry->vlanIdRangeIs( newRange );
+   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " adding new Range: ", newRange );
+}
+
+// Each test is asked again where its answer is acted upon: traced, it shows what was seen then.
+void
+MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
+   ZEL_TRACE( trace, kArguments, __LINE__, "deleteVlanFromIdx", " intfId: ", intfId,
+              " vlanId: ", vid );
+   const VlanXlateMapping any;
+   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   if ( !isVidAndDot1qInUpperBoundRange( intfId, vid, any ) &&
+        !isVidAndDot1qInLowerBoundRange( intfId, vid, any ) ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
+                 " vid not present in lower and upper bound range " );
+      return;
+   }
+   if ( isVidAndDot1qInUpperBoundRange( intfId, vid, any ) ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
+                 " vid present in upper bound range " );
+      const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+      ZEL_ASSERT( uBoundIter );
+      const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
+      deleteVlanFromRange( intfId, vid, uBoundRange );
+   } else if ( isVidAndDot1qInLowerBoundRange( intfId, vid, any ) ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
+                 " vid present in lower bound range " );
+      const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+      ZEL_ASSERT( lBoundIter );
+      deleteVlanFromRange( intfId, vid, rangeOf( *vlanRangeEntry, lBoundIter ) );
+   }
+}
+
+void
+MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
+                                      const VlanRangeXlateMapping& vidRange ) {
+   ZEL_TRACE( trace, kArguments, __LINE__, "deleteVlanFromRange", " intfId: ", intfId,
+              " vlanId: ", vid, " vidRange: ", vidRange );
+   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( vidRange.lowVid() ) );
+   if ( vidRange.lowVid() == vidRange.highVid() ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " removing size 1 Range " );
+      ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
+   } else if ( vid == vidRange.lowVid() ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange",
+                 " remove lowVid from Range " );
+      ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
+      const VlanId above( vid.value() + 1u );
+      vlanRangeEntry->vlanIdRangeIs( { above, vidRange.highVid(), vidRange.mapping() } );
+      vlanRangeEntry->revSortedStartVidIs( above.value(), true );
+   } else if ( vid == vidRange.highVid() ) {
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange",
+                 " remove highVid from Range " );
+      const VlanId below( vid.value() - 1u );
+      vlanRangeEntry->vlanIdRangeIs( { vidRange.lowVid(), below, vidRange.mapping() } );
+   } else {
+      // One "t" and two blanks are kept on purpose: this text is matched, too.
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " spliting  Range " );
+      const VlanId below( vid.value() - 1u );
+      vlanRangeEntry->vlanIdRangeIs( { vidRange.lowVid(), below, vidRange.mapping() } );
+      const VlanId above( vid.value() + 1u );
+      vlanRangeEntry->vlanIdRangeIs( { above, vidRange.highVid(), vidRange.mapping() } );
+      vlanRangeEntry->revSortedStartVidIs( above.value(), true );
+   }
+}
+
+Zel::Ptr< MoxVlanRangeMgr >
+moxVlanRangeMgrFactory( const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir ) {
+   return MoxVlanRangeMgr::MoxVlanRangeMgrIs( vlanRangeEntryDir );
+}
+
+}   // namespace MoxVlanMapping

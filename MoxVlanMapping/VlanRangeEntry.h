@@ -1,0 +1,189 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// VlanRangeEntry, VlanRangeEntryDir, VlanXlateScheduleDir: the store of the range index.
+//
+// Policy      None: the range manager decides what to store and keeps an entry's two collections
+//             in step. Nothing here removes an entry once it is made, though it may be empty.
+// Ownership   A directory holds its entries; whoever holds a removed entry keeps it alive.
+// Misses      Are never errors: deletions return the type's default, ...Is() inserts or overwrites.
+// Iterators   Usable after any change (Zel/StdIterator.h).
+// Throws      std::bad_alloc from ...Is(), with nothing changed.
+// Threads     One thread, no locks.
+#pragma once
+
+#include "Bridging/VlanId.h"
+#include "Corvel/IntfId.h"
+#include "MoxVlanMapping/VlanRange.h"
+#include "Zel/Export.h"
+#include "Zel/HashMap2018.h"
+#include "Zel/Notifiee.h"
+#include "Zel/Ptr.h"
+#include "Zel/PtrInterface.h"
+#include "Zel/RbTreeMap.h"
+
+namespace MoxVlanMapping {
+
+/// One interface's ranges, twice: by start id ascending with the whole range, and the start ids
+/// alone descending. Every operation on one element is O(log n).
+class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
+ public:
+   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry";
+   static Zel::Ptr< VlanRangeEntry > VlanRangeEntryIs( Corvel::IntfId intfId );
+
+   /// Element of vlanIdRange; its key is the range's own lowVid.
+   class ZelVlanIdRange : public Zel::RbTreeNode< Bridging::VlanId > {
+    public:
+      static constexpr const char* zelTypeName =
+         "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
+
+      Bridging::VlanId key() const { return value_.lowVid(); }
+      const VlanRangeXlateMapping& value() const { return value_; }
+      /// Requires: the same lowVid.
+      void valueIs( const VlanRangeXlateMapping& value ) { value_ = value; }
+
+    protected:
+      explicit ZelVlanIdRange( const VlanRangeXlateMapping& value ) : value_( value ) {}
+
+    private:
+      VlanRangeXlateMapping value_;
+   };
+
+   /// Element of revSortedStartVid.
+   class ZelRevSortedStartVid : public Zel::RbTreeNode< ReverseStartIdVlanId > {
+    public:
+      static constexpr const char* zelTypeName =
+         "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
+
+      ReverseStartIdVlanId key() const { return key_; }
+      bool value() const { return value_; }
+      void valueIs( bool value ) { value_ = value; }
+
+    protected:
+      ZelRevSortedStartVid( ReverseStartIdVlanId key, bool value )
+          : key_( key ), value_( value ) {}
+
+    private:
+      const ReverseStartIdVlanId key_;
+      bool value_;
+   };
+
+   using VlanIdRangeMap = Zel::RbTreeMap< ZelVlanIdRange >;
+   using RevSortedStartVidMap = Zel::RbTreeMap< ZelRevSortedStartVid >;
+
+   Corvel::IntfId intfId() const { return intfId_; }
+
+   const VlanIdRangeMap& vlanIdRange() const { return vlanIdRange_; }
+   /// The range that starts at `lowVid`; the default range when there is none.
+   VlanRangeXlateMapping vlanIdRange( Bridging::VlanId lowVid ) const;
+   void vlanIdRangeIs( const VlanRangeXlateMapping& range );
+   /// Returns the removed range; the default range when there was none.
+   VlanRangeXlateMapping vlanIdRangeDel( Bridging::VlanId lowVid );
+   VlanRangeXlateMapping vlanIdRangeDel( const VlanIdRangeMap::Iterator& at );
+   void vlanIdRangeDelAll() { vlanIdRange_.deleteAll(); }
+
+   const RevSortedStartVidMap& revSortedStartVid() const { return revSortedStartVid_; }
+   /// The start's flag; false when there is none.
+   bool revSortedStartVid( ReverseStartIdVlanId start ) const;
+   void revSortedStartVidIs( ReverseStartIdVlanId start, bool value );
+   /// Returns the removed start's flag; false when there was none.
+   bool revSortedStartVidDel( ReverseStartIdVlanId start );
+   bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );
+   void revSortedStartVidDelAll() { revSortedStartVid_.deleteAll(); }
+
+   Zel::TypeHandle fwkType() const override;
+
+ protected:
+   explicit VlanRangeEntry( Corvel::IntfId intfId ) : intfId_( intfId ) {}
+   ~VlanRangeEntry() override;
+
+ private:
+   const Corvel::IntfId intfId_;
+   VlanIdRangeMap vlanIdRange_;
+   RevSortedStartVidMap revSortedStartVid_;
+};
+
+struct VlanRangeEntryKeyFunktor {
+   Corvel::IntfId operator()( const VlanRangeEntry& entry ) const { return entry.intfId(); }
+};
+
+/// The range entries of all interfaces. Tells nobody of its changes. All O(1) on average.
+class ZEL_EXPORT VlanRangeEntryDir : public Zel::PtrInterface {
+ public:
+   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntryDir";
+   static Zel::Ptr< VlanRangeEntryDir > VlanRangeEntryDirIs();
+
+   class ZelVlanRangeEntry :
+       public Zel::HashEntityNode< VlanRangeEntry, VlanRangeEntryKeyFunktor > {
+    public:
+      static constexpr const char* zelTypeName =
+         "MoxVlanMapping::VlanRangeEntryDir::ZelVlanRangeEntry";
+
+    protected:
+      using HashEntityNode::HashEntityNode;
+   };
+   using VlanRangeEntryMap = Zel::HashMap2018< ZelVlanRangeEntry, 0xa570bf69 >;
+
+   const VlanRangeEntryMap& vlanRangeEntry() const { return vlanRangeEntry_; }
+   /// The interface's entry, or null; creates nothing.
+   Zel::Ptr< VlanRangeEntry > vlanRangeEntry( Corvel::IntfId intfId ) const;
+   /// The interface's entry; an empty one is made when there is none.
+   Zel::Ptr< VlanRangeEntry > vlanRangeEntryIs( Corvel::IntfId intfId );
+   /// Returns the removed entry, or null.
+   Zel::Ptr< VlanRangeEntry > vlanRangeEntryDel( Corvel::IntfId intfId );
+   void vlanRangeEntryDelAll() { vlanRangeEntry_.deleteAll(); }
+
+   Zel::TypeHandle fwkType() const override;
+
+ protected:
+   VlanRangeEntryDir() = default;
+   ~VlanRangeEntryDir() override;
+
+ private:
+   VlanRangeEntryMap vlanRangeEntry_;
+};
+
+/// The interfaces whose ranges changed and wait to be sorted, first in, first out. All O(1) on
+/// average, not counting what the reactors do.
+class ZEL_EXPORT VlanXlateScheduleDir : public Zel::PtrInterface {
+ public:
+   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanXlateScheduleDir";
+   /// Notified with the interface (Corvel::IntfId) as key, when one is added or deleted.
+   static constexpr Zel::AttributeId kAttrVlanXlateSchedule = 130;
+   static Zel::Ptr< VlanXlateScheduleDir > VlanXlateScheduleDirIs();
+
+   class ZelVlanXlateSchedule : public Zel::HashSetNode< Corvel::IntfId > {
+    public:
+      static constexpr const char* zelTypeName =
+         "MoxVlanMapping::VlanXlateScheduleDir::ZelVlanXlateSchedule";
+
+    protected:
+      using HashSetNode::HashSetNode;
+   };
+   using VlanXlateScheduleSet = Zel::HashMap2018< ZelVlanXlateSchedule, 0xcb5901b >;
+
+   const VlanXlateScheduleSet& vlanXlateSchedule() const { return vlanXlateSchedule_; }
+   /// Adds the interface and notifies; silent when it waits already.
+   void vlanXlateScheduleIs( Corvel::IntfId intfId );
+   /// Removes the interface and notifies; false and silent when it did not wait.
+   bool vlanXlateScheduleDel( Corvel::IntfId intfId );
+   /// Removes every interface, with one notification each.
+   void vlanXlateScheduleDelAll();
+
+   Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
+   Zel::TypeHandle fwkType() const override;
+
+ protected:
+   VlanXlateScheduleDir() = default;
+   ~VlanXlateScheduleDir() override;
+
+ private:
+   mutable Zel::NotifieeList notifieeList_{ *this };
+   VlanXlateScheduleSet vlanXlateSchedule_;
+};
+
+ZEL_EXPORT Zel::Ptr< VlanRangeEntry > vlanRangeEntryFactory( Corvel::IntfId intfId );
+ZEL_EXPORT Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDirFactory();
+ZEL_EXPORT Zel::Ptr< VlanXlateScheduleDir > vlanXlateScheduleDirFactory();
+
+}   // namespace MoxVlanMapping

@@ -1,0 +1,39 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// Commands: what vlan-scale-agent does, one function per command. Each returns the exit code.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "agent/Report.h"
+#include "agent/ScaleAgent.h"
+
+namespace Agent {
+
+constexpr int kExitClean = 0;
+constexpr int kExitFindings = 1;
+constexpr int kExitUnusable = 2;
+
+struct Options {
+   std::string file;   ///< "-" for standard input
+   std::size_t rangeEntries = ScaleAgent::kDefaultRangeEntries;
+   bool verbose = false;
+   bool json = false;
+   RangeOrder order = RangeOrder::Size;
+   std::string port;
+   std::optional< std::string > vlans;   ///< a VLAN list, such as "1,10-100"
+};
+
+int runCommand( const Options& options );
+int checkCommand( const Options& options );
+int showRangesCommand( const Options& options );
+int showSummaryCommand( const Options& options );
+int showPortCommand( const Options& options );
+int replayCommand( const Options& options );
+/// Prints the messages of a ring file, oldest first.
+int ringsCommand( const Options& options );
+
+}   // namespace Agent

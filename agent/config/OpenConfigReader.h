@@ -1,0 +1,23 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// OpenConfigReader: VLAN translation of subinterfaces in the OpenConfig model (openconfig-vlan
+// on top of openconfig-interfaces) as RFC 7951 JSON.
+//
+// A subinterface matches single-tagged frames by one VID, a list or a range, and swaps the tag
+// on the way in and out. Other matches and actions of the model are refused: the switch cannot
+// carry them out, and passing them over would forward frames in the wrong VLAN.
+#pragma once
+
+#include <vector>
+
+#include "agent/config/Document.h"
+#include "agent/config/PortConfiguration.h"
+
+namespace Agent {
+
+// The ports of the document at `root`, as far as they can be made out. What is wrong stands
+// in `document` afterwards; the ports are good only when it holds no finding.
+std::vector< Port > readOpenConfig( Document& document, const JsonValue& root );
+
+}   // namespace Agent

@@ -1,0 +1,150 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// vlan-scale-agent: command line of the reference agent.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Bridging/VlanId.h"
+#include "Pelrec/Trace.h"
+#include "Zel/Exception.h"
+#include "Zel/Trace.h"
+#include "agent/Commands.h"
+
+namespace {
+
+using Agent::Options;
+
+// Options that hold for the process rather than for one command's work.
+struct ProcessOptions {
+   std::vector< std::string > trace;
+   std::string ring;
+
+   void apply() const {
+      for ( const std::string& list : trace ) {
+         try {
+            Zel::traceLevelsIs( list );
+         } catch ( const Zel::ParseException& error ) {
+            throw std::runtime_error( fmt::format( "--trace {}: {}", list, error.what() ) );
+         }
+      }
+      if ( !ring.empty() ) {
+         Pelrec::trace().fileIs( ring );
+      }
+   }
+};
+
+class CommandLine {
+ public:
+   CommandLine() {
+      app_.require_subcommand( 1 );
+      app_.footer(
+         "Exit codes: 0 done, 1 check has findings, 2 input or command line unusable." );
+
+      CLI::App* run = command( app_, "run", "apply a configuration and show what it took",
+                               Agent::runCommand );
+      configurationFile( run );
+      ranking( run );
+      json( run );
+
+      CLI::App* check = command( app_, "check", "validate a configuration, apply nothing",
+                                 Agent::checkCommand );
+      configurationFile( check );
+
+      CLI::App* show = app_.add_subcommand( "show", "show what a configuration becomes" );
+      show->require_subcommand( 1 );
+      CLI::App* ranges =
+         command( *show, "ranges", "one line per range", Agent::showRangesCommand );
+      configurationFile( ranges );
+      ranking( ranges );
+      rangeList( ranges );
+      CLI::App* summary =
+         command( *show, "summary", "one line per port", Agent::showSummaryCommand );
+      configurationFile( summary );
+      ranking( summary );
+      json( summary );
+      CLI::App* port = command( *show, "port", "one port in full", Agent::showPortCommand );
+      port->add_option( "PORT", options_.port, "name of the port" )->required();
+      configurationFile( port );
+      ranking( port );
+      rangeList( port );
+
+      CLI::App* replay = command( app_, "replay",
+                                  "carry out a script of events, one JSON object "
+                                  "a line",
+                                  Agent::replayCommand );
+      replay->add_option( "FILE", options_.file, "script; - reads standard input" )->required();
+      ranking( replay );
+
+      CLI::App* rings = command( app_, "rings", "print the messages of a file made by --ring",
+                                 Agent::ringsCommand );
+      rings->add_option( "FILE", options_.file, "ring file" )->required();
+   }
+
+   int execute( int argc, char** argv ) {
+      try {
+         app_.parse( argc, argv );
+      } catch ( const CLI::ParseError& error ) {
+         return app_.exit( error ) == 0 ? Agent::kExitClean : Agent::kExitUnusable;
+      }
+      process_.apply();
+      return chosen_( options_ );
+   }
+
+ private:
+   CLI::App* command( CLI::App& parent, const std::string& name, const std::string& description,
+                      int ( *carryOut )( const Options& ) ) {
+      CLI::App* sub = parent.add_subcommand( name, description );
+      sub->callback( [ this, carryOut ] { chosen_ = carryOut; } );
+      sub->add_option( "--trace", process_.trace,
+                       "HANDLE/LEVELS, such as MoxVlanRangeMgr/1,9; may be repeated" )
+         ->allow_extra_args( false );
+      sub->add_option( "--ring", process_.ring, "keep the ring-buffer trace in this file" );
+      return sub;
+   }
+   void configurationFile( CLI::App* sub ) {
+      sub->add_option( "FILE", options_.file,
+                       "IEEE 802.1Q or OpenConfig VLAN configuration, RFC 7951 JSON; - reads "
+                       "standard input" )
+         ->required();
+      sub->add_flag( "--verbose,-v", options_.verbose, "name the members that are not used" );
+   }
+   void ranking( CLI::App* sub ) {
+      sub->add_option( "--range-entries", options_.rangeEntries,
+                       "range entries of the hardware per port" )
+         ->capture_default_str()
+         ->check( CLI::Range( 0u, unsigned{ Bridging::VlanId::kHighest } ) );
+   }
+   void json( CLI::App* sub ) { sub->add_flag( "--json", options_.json, "print JSON" ); }
+   void rangeList( CLI::App* sub ) {
+      json( sub );
+      sub->add_option( "--sort", options_.order, "size (largest first) or vid" )
+         ->transform( CLI::CheckedTransformer( std::map< std::string, Agent::RangeOrder >{
+            { "size", Agent::RangeOrder::Size }, { "vid", Agent::RangeOrder::Vid } } ) );
+      sub->add_option( "--vlans", options_.vlans,
+                       "only ranges that hold one of these VLAN ids, such as 1,10-100" );
+   }
+
+   CLI::App app_{ "Reference agent for VLAN translation at scale", "vlan-scale-agent" };
+   Options options_;
+   ProcessOptions process_;
+   std::function< int( const Options& ) > chosen_;
+};
+
+}   // namespace
+
+int
+main( int argc, char** argv ) {
+   try {
+      return CommandLine().execute( argc, argv );
+   } catch ( const std::exception& error ) {
+      fmt::print( stderr, "{}\n", error.what() );
+      return Agent::kExitUnusable;
+   }
+}

@@ -1,0 +1,22 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "Bridging/Config.h"
+
+#include "Zel/NewEntity.h"
+
+namespace Bridging {
+
+Config::~Config() = default;
+
+Zel::Ptr< Config >
+Config::ConfigIs() {
+   return Zel::newEntity< Config >();
+}
+
+Zel::Ptr< Config >
+configFactory() {
+   return Config::ConfigIs();
+}
+
+}   // namespace Bridging

@@ -1,0 +1,50 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "Mox/MoxCommonSmData.h"
+
+#include "Zel/NewEntity.h"
+
+namespace Mox {
+
+MoxCommonSmData::MoxCommonSmData()
+    : ingressConfigDir_( moxVlanMappingConfigDirFactory() ),
+      egressConfigDir_( moxVlanMappingConfigDirFactory() ),
+      statusDir_( moxVlanMappingStatusDirFactory() ) {}
+
+MoxCommonSmData::~MoxCommonSmData() = default;
+
+Zel::Ptr< MoxCommonSmData >
+MoxCommonSmData::MoxCommonSmDataIs() {
+   return Zel::newEntity< MoxCommonSmData >();
+}
+
+void
+MoxCommonSmData::portToLagIs( Corvel::IntfId port, Corvel::IntfId lag ) {
+   if ( ZelPortToLag* member = portToLag_.findNode( port ) ) {
+      if ( member->lag() == lag ) {
+         return;
+      }
+      member->lagIs( lag );
+   } else {
+      portToLag_.insert( Zel::newEntity< ZelPortToLag >( port, lag ) );
+   }
+   notifieeList_.notify( kAttrPortToLag, &port );
+}
+
+Corvel::IntfId
+MoxCommonSmData::portToLagDel( Corvel::IntfId port ) {
+   const Zel::Ptr< ZelPortToLag > gone = portToLag_.del( port );
+   if ( !gone ) {
+      return {};
+   }
+   notifieeList_.notify( kAttrPortToLag, &port );
+   return gone->lag();
+}
+
+Zel::Ptr< MoxCommonSmData >
+moxCommonSmDataFactory() {
+   return MoxCommonSmData::MoxCommonSmDataIs();
+}
+
+}   // namespace Mox

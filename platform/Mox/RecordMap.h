@@ -1,0 +1,59 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// RecordMap: hash map of VLAN mapping records by a PortVlanKey.
+#pragma once
+
+#include <cstdint>
+
+#include "Mox/PortVlanKey.h"
+#include "Zel/HashMap2018.h"
+#include "Zel/NewEntity.h"
+
+namespace Mox {
+
+/// `Node` derives from RecordNode and carries the type name that its allocations count under.
+template < class Node, std::uint32_t SeedConstant >
+class RecordMap : public Zel::HashMap2018< Node, SeedConstant > {
+ public:
+   using Record = typename Node::Record;
+
+   /// The record under `key`, or null; not to be kept across a change.
+   const Record* record( const PortVlanKey& key ) const {
+      const Node* node = this->findNode( key );
+      return node ? &node->record() : nullptr;
+   }
+
+   /// Inserts or overwrites. False when an equal record stands there already.
+   bool recordIs( const PortVlanKey& key, const Record& record ) {
+      if ( Node* node = this->findNode( key ) ) {
+         if ( node->record() == record ) {
+            return false;
+         }
+         node->recordIs( record );
+         return true;
+      }
+      this->insert( Zel::newEntity< Node >( key, record ) );
+      return true;
+   }
+};
+
+template < class RecordType >
+class RecordNode : public Zel::HashNode {
+ public:
+   using Record = RecordType;
+
+   const PortVlanKey& key() const { return key_; }
+   const Record& record() const { return record_; }
+   void recordIs( const Record& record ) { record_ = record; }
+
+ protected:
+   RecordNode( const PortVlanKey& key, const Record& record )
+       : key_( key ), record_( record ) {}
+
+ private:
+   const PortVlanKey key_;
+   Record record_;
+};
+
+}   // namespace Mox

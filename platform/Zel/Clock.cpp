@@ -1,0 +1,55 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "Zel/Clock.h"
+
+#include <chrono>
+
+#include "Zel/Assert.h"
+#include "Zel/NewEntity.h"
+
+namespace Zel {
+namespace {
+
+constexpr char zelSourceTag[] = "Zel/Clock";
+
+}   // namespace
+
+Clock::~Clock() = default;
+SteadyClock::~SteadyClock() = default;
+ManualClock::~ManualClock() = default;
+
+Ptr< SteadyClock >
+SteadyClock::SteadyClockIs() {
+   return newEntity< SteadyClock >();
+}
+
+Seconds
+SteadyClock::now() const {
+   return std::chrono::duration< Seconds >(
+             std::chrono::steady_clock::now().time_since_epoch() )
+      .count();
+}
+
+Ptr< ManualClock >
+ManualClock::ManualClockIs() {
+   return newEntity< ManualClock >();
+}
+
+void
+ManualClock::advance( Seconds span ) {
+   ZEL_ASSERT( span >= 0 );
+   now_ += span;
+}
+
+Ptr< SteadyClock >
+steadyClockFactory() {
+   return SteadyClock::SteadyClockIs();
+}
+
+Ptr< ManualClock >
+manualClockFactory() {
+   return ManualClock::ManualClockIs();
+}
+
+}   // namespace Zel

@@ -1,0 +1,137 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// HashMap2018: hash map or hash set of counted nodes.
+//
+// Node       Derives from HashNode and has key(); what else it holds is the value, nothing in a
+//            set. zelHash( key, seed ), found beside the key type, hashes it.
+// Seed       The process-wide seed when the container is made, XORed with the constant that its
+//            declaration names.
+// Order      A walk follows the order of insertion, whatever is inserted, deleted or rehashed
+//            meanwhile; a key that was deleted and comes again comes last (first in, first out).
+// Cost       find, insert, unlink, advance: O(1) on average.
+// Iterators  Usable after any change, their own element's deletion included (StdIterator.h).
+// Threads    One thread, no locks.
+#pragma once
+
+#include <cstdint>
+#include <iterator>
+#include <type_traits>
+#include <utility>
+
+#include "Zel/Assert.h"
+#include "Zel/Hash.h"
+#include "Zel/HashTable.h"
+#include "Zel/Ptr.h"
+#include "Zel/StdIterator.h"
+
+namespace Zel {
+
+/// Node of a set: the key alone.
+template < class KeyType >
+class HashSetNode : public HashNode {
+ public:
+   const KeyType& key() const { return key_; }
+
+ protected:
+   explicit HashSetNode( const KeyType& key ) : key_( key ) {}
+
+ private:
+   const KeyType key_;
+};
+
+/// Node of a map from a key to a counted entity, whose key stands in the entity itself.
+template < class Entity, class KeyFunktor >
+class HashEntityNode : public HashNode {
+ public:
+   auto key() const { return KeyFunktor()( *entity_ ); }
+   const Ptr< Entity >& entity() const { return entity_; }
+
+ protected:
+   explicit HashEntityNode( const Ptr< Entity >& entity ) : entity_( entity ) {}
+
+ private:
+   const Ptr< Entity > entity_;
+};
+
+template < class NodeType, std::uint32_t SeedConstant >
+class HashMap2018 {
+ public:
+   using Node = NodeType;
+   using Key = std::remove_cvref_t< decltype( std::declval< const Node& >().key() ) >;
+   using Iterator = StdIterator< HashMap2018 >;
+
+   HashMap2018() : table_( hashSeed() ^ SeedConstant ) {}
+
+   std::uint32_t size() const { return table_.size(); }
+   bool empty() const { return table_.size() == 0; }
+   /// Elements ever inserted or deleted; wraps.
+   std::uint32_t changes() const { return table_.changes(); }
+   std::uint32_t seed() const { return table_.seed(); }
+
+   Iterator first() const { return { *this, typed( table_.first() ) }; }
+   Iterator begin() const { return first(); }
+   std::default_sentinel_t end() const { return {}; }
+
+   /// The node of `key`, or null. No reference is taken: not to be kept across a change.
+   Node* findNode( const Key& key ) const {
+      const std::uint32_t hash = zelHash( key, table_.seed() );
+      for ( HashNode* node = table_.bucket( hash ); node;
+            node = HashTable::bucketNext( *node ) ) {
+         if ( node->zelStoredHash() == hash && typed( node )->key() == key ) {
+            return typed( node );
+         }
+      }
+      return nullptr;
+   }
+   bool contains( const Key& key ) const { return findNode( key ) != nullptr; }
+   Iterator findElement( const Key& key ) const { return { *this, findNode( key ) }; }
+
+   /// Requires: no element equals the node's key (asserted). May throw std::bad_alloc, with
+   /// nothing changed.
+   void insert( Ptr< Node > node ) {
+      ZEL_ASSERT( !contains( node->key() ) );
+      const std::uint32_t hash = zelHash( node->key(), table_.seed() );
+      table_.link( std::move( node ), hash );
+   }
+
+   /// Takes a stored node out.
+   Ptr< Node > unlink( const Node& node ) {
+      return { typed( table_.unlink( const_cast< Node& >( node ) ).release() ),
+               adoptReference };
+   }
+   /// Takes the node of `key` out; null when there is none.
+   Ptr< Node > del( const Key& key ) {
+      const Node* node = findNode( key );
+      return node ? unlink( *node ) : nullptr;
+   }
+   /// Takes the iterator's element out; null at the end or when it is gone already.
+   Ptr< Node > del( const Iterator& at ) {
+      return at && at->linked() ? unlink( *at ) : nullptr;
+   }
+   void deleteAll() { table_.clear(); }
+
+   /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
+   Node* next( const Node& node ) const { return typed( table_.next( node ) ); }
+
+   /// For tests: asserts buckets, thread, size, hashes and the nodes' reference counts, of which
+   /// iterators on stored elements hold `iterators` in total.
+   void verify( std::int32_t iterators = 0 ) const {
+      table_.verify( iterators );
+      for ( const HashNode* node = table_.first(); node; node = table_.next( *node ) ) {
+         ZEL_ASSERT( findNode( typed( node )->key() ) == node );
+      }
+   }
+
+ private:
+   static constexpr char zelSourceTag[] = "Zel/HashMap2018";
+
+   static Node* typed( HashNode* node ) { return static_cast< Node* >( node ); }
+   static const Node* typed( const HashNode* node ) {
+      return static_cast< const Node* >( node );
+   }
+
+   HashTable table_;
+};
+
+}   // namespace Zel

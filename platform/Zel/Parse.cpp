@@ -1,0 +1,71 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "Zel/Parse.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+namespace Zel {
+namespace {
+
+constexpr std::size_t kShownCharacters = 24;
+
+[[noreturn]] void
+fail( StringIterator at, StringIterator end, const std::string& expected ) {
+   const std::string_view rest( at.base(),
+                                static_cast< std::size_t >( end.base() - at.base() ) );
+   std::string found = "the end of the text";
+   if ( !rest.empty() ) {
+      found = "\"" + std::string( rest.substr( 0, kShownCharacters ) ) +
+              ( rest.size() > kShownCharacters ? "...\"" : "\"" );
+   }
+   throw ParseException( "expected " + expected + ", found " + found + " at offset " +
+                            std::to_string( at.offset() ),
+                         at.offset() );
+}
+
+bool
+isDigit( char c ) {
+   return c >= '0' && c <= '9';
+}
+
+}   // namespace
+
+void
+parseLiteral( StringIterator& current, StringIterator end, std::string_view literal ) {
+   const std::string_view rest( current.base(),
+                                static_cast< std::size_t >( end.base() - current.base() ) );
+   if ( !rest.starts_with( literal ) ) {
+      fail( current, end, "\"" + std::string( literal ) + "\"" );
+   }
+   current += literal.size();
+}
+
+std::uint64_t
+parseUnsigned( StringIterator& current, StringIterator end, std::uint64_t greatest ) {
+   const StringIterator start = current;
+   std::uint64_t number = 0;
+   bool fits = true;
+   while ( !( current == end ) && isDigit( *current ) ) {
+      const auto digit = static_cast< std::uint64_t >( *current - '0' );
+      fits = fits && digit <= greatest && number <= ( greatest - digit ) / 10;
+      number = number * 10 + digit;
+      ++current;
+   }
+   if ( current == start || !fits ) {
+      current = start;
+      fail( start, end, "a number from 0 to " + std::to_string( greatest ) );
+   }
+   return number;
+}
+
+void
+parseEnd( StringIterator current, StringIterator end ) {
+   if ( !( current == end ) ) {
+      fail( current, end, "the end of the text" );
+   }
+}
+
+}   // namespace Zel

@@ -1,0 +1,201 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "Zel/Trace.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "Zel/Parse.h"
+#include "Zel/String.h"
+
+namespace Zel {
+
+// Everything the process knows of tracing. Built on first use and never destroyed, for lines are
+// traced from destructors that run while the process ends.
+struct TraceRegistry {
+   struct Setting {
+      std::string handle;
+      std::uint32_t mask;
+   };
+
+   std::vector< TraceHandle* > handles;
+   std::vector< Setting > settings;   // in the order given; the last that fits holds
+   TraceSink sink;
+
+   static TraceRegistry& instance();
+
+   void apply( TraceHandle& handle ) const {
+      for ( const Setting& setting : settings ) {
+         if ( setting.handle == "*" || setting.handle == handle.name_ ) {
+            handle.mask_.store( setting.mask, std::memory_order_relaxed );
+         }
+      }
+   }
+
+   void settingsAdd( std::vector< Setting > more ) {
+      settings.insert( settings.end(), std::make_move_iterator( more.begin() ),
+                       std::make_move_iterator( more.end() ) );
+      for ( TraceHandle* handle : handles ) {
+         apply( *handle );
+      }
+   }
+};
+
+namespace {
+
+constexpr unsigned kHighestLevel = 31;
+
+unsigned
+parseLevel( StringIterator& current, StringIterator end ) {
+   return static_cast< unsigned >( parseUnsigned( current, end, kHighestLevel ) );
+}
+
+std::uint32_t
+levelsFromTo( unsigned from, unsigned to ) {
+   std::uint32_t mask = 0;
+   for ( unsigned level = from; level <= to; ++level ) {
+      mask |= 1u << level;
+   }
+   return mask;
+}
+
+// "1,9", "5-7", "*", or nothing
+std::uint32_t
+parseLevels( StringIterator& current, StringIterator end ) {
+   if ( current == end || *current == ';' ) {
+      return 0;
+   }
+   if ( *current == '*' ) {
+      ++current;
+      return ~0u;
+   }
+   std::uint32_t mask = 0;
+   while ( true ) {
+      const unsigned from = parseLevel( current, end );
+      unsigned to = from;
+      if ( !( current == end ) && *current == '-' ) {
+         ++current;
+         to = parseLevel( current, end );
+      }
+      mask |= levelsFromTo( from, to );
+      if ( current == end || *current != ',' ) {
+         return mask;
+      }
+      ++current;
+   }
+}
+
+std::vector< TraceRegistry::Setting >
+parseSettings( std::string_view list ) {
+   const String text( list );
+   const StringIterator end = text.end();
+   std::vector< TraceRegistry::Setting > settings;
+   for ( StringIterator current = text.begin(); !( current == end ); ) {
+      std::string handle;
+      while ( !( current == end ) && *current != '/' && *current != ';' ) {
+         handle += *current;
+         ++current;
+      }
+      if ( handle.empty() ) {
+         parseLiteral( current, end, "HANDLE/LEVELS" );
+      }
+      parseLiteral( current, end, "/" );
+      settings.push_back( { handle, parseLevels( current, end ) } );
+      if ( !( current == end ) ) {
+         parseLiteral( current, end, ";" );
+      }
+   }
+   return settings;
+}
+
+void
+writeToStandardError( const TraceLine& line ) {
+   std::fprintf( stderr, "%s/%u %s:%d %.*s\n", line.handle, line.level, line.source, line.line,
+                 static_cast< int >( line.text.size() ), line.text.data() );
+}
+
+}   // namespace
+
+TraceRegistry&
+TraceRegistry::instance() {
+   static auto* registry = [] {
+      auto* made = new TraceRegistry;
+      made->sink = writeToStandardError;
+      if ( const char* list = std::getenv( "ZEL_TRACE" ) ) {
+         try {
+            made->settings = parseSettings( list );
+         } catch ( const ParseException& error ) {
+            // Nobody is there to catch it; a misspelt variable must not stop a switch agent.
+            std::fprintf( stderr, "ZEL_TRACE is ignored: %s\n", error.what() );
+         }
+      }
+      return made;
+   }();
+   return *registry;
+}
+
+TraceHandle::~TraceHandle() {
+   if ( joined_ ) {
+      std::erase( TraceRegistry::instance().handles, this );
+   }
+}
+
+void
+TraceHandle::join() {
+   if ( !joined_ ) {
+      TraceRegistry& registry = TraceRegistry::instance();
+      registry.handles.push_back( this );
+      joined_ = true;
+      mask_.store( allLevels_ ? ~0u : 0u, std::memory_order_relaxed );
+      registry.apply( *this );
+   }
+}
+
+bool
+TraceHandle::enabledForSure( unsigned level ) {
+   join();
+   return ( mask_.load( std::memory_order_relaxed ) >> level & 1 ) != 0;
+}
+
+std::uint32_t
+TraceHandle::mask() {
+   join();
+   return mask_.load( std::memory_order_relaxed );
+}
+
+void
+TraceHandle::maskIs( std::uint32_t mask ) {
+   join();
+   mask_.store( mask, std::memory_order_relaxed );
+}
+
+void
+traceSinkIs( TraceSink sink ) {
+   TraceRegistry::instance().sink = sink ? std::move( sink ) : writeToStandardError;
+}
+
+void
+traceEmit( const TraceLine& line ) {
+   const TraceSink sink = TraceRegistry::instance().sink;   // a sink may replace itself
+   sink( line );
+}
+
+void
+traceLevelsIs( std::string_view list ) {
+   TraceRegistry::instance().settingsAdd( parseSettings( list ) );
+}
+
+std::vector< std::string >
+traceHandles() {
+   std::vector< std::string > names;
+   for ( const TraceHandle* handle : TraceRegistry::instance().handles ) {
+      names.emplace_back( handle->name() );
+   }
+   std::ranges::sort( names );
+   return names;
+}
+
+}   // namespace Zel

@@ -1,0 +1,105 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// Trace: lines of text by handle and level.
+//
+// A source has one TraceHandle, a constant-initialised object that joins the process's registry
+// when it is first used. Level n is bit n of its mask. A disabled line costs one load and one bit
+// test; nothing of it is evaluated. An enabled line goes to the process's one sink.
+//
+// Levels     Set by traceLevelsIs(), or at start by the environment variable ZEL_TRACE; both also
+//            hold for handles that are first used later. Form: HANDLE/LEVELS, several separated
+//            by ";" - "MoxVlanRangeMgr/1,9;MoxVlanMappingScaleSm/5", levels 0 to 31, "5-7" for a
+//            span, "*" for all, nothing for none; "*" as handle means every handle.
+// Threads    Handles and levels: one thread. The sink is called on the tracing thread.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Zel/Export.h"
+
+namespace Zel {
+
+class ZEL_EXPORT TraceHandle {
+ public:
+   /// `name` lives as long as the process. `allLevels` says whether every level starts enabled.
+   constexpr TraceHandle( const char* name, bool allLevels )
+       : name_( name ), allLevels_( allLevels ) {}
+   ~TraceHandle();
+   TraceHandle( const TraceHandle& ) = delete;
+   TraceHandle& operator=( const TraceHandle& ) = delete;
+
+   const char* name() const { return name_; }
+
+   bool enabled( unsigned level ) {
+      return ( mask_.load( std::memory_order_relaxed ) >> level & 1 ) != 0 &&
+             enabledForSure( level );
+   }
+
+   /// Bit n enables level n.
+   std::uint32_t mask();
+   void maskIs( std::uint32_t mask );
+
+ private:
+   friend struct TraceRegistry;
+   bool enabledForSure( unsigned level );
+   void join();
+
+   const char* const name_;
+   const bool allLevels_;
+   bool joined_ = false;
+   // Until the handle has joined the registry every level seems enabled, so that its first use
+   // comes by enabledForSure() without a second test on the way of the later ones.
+   std::atomic< std::uint32_t > mask_{ ~0u };
+};
+
+struct TraceLine {
+   const char* handle;
+   unsigned level;
+   const char* source;   ///< source tag, such as "MoxVlanMapping/MoxVlanRangeMgr"
+   int line;
+   const char* function;
+   std::string_view text;   ///< the pieces, joined
+};
+
+using TraceSink = std::function< void( const TraceLine& ) >;
+
+/// Where lines go; an empty function restores the default, which writes
+/// "HANDLE/LEVEL SOURCE:LINE TEXT" to standard error.
+ZEL_EXPORT void traceSinkIs( TraceSink sink );
+ZEL_EXPORT void traceEmit( const TraceLine& line );
+
+/// Applies a list of HANDLE/LEVELS; each named handle gets exactly the levels listed for it.
+/// Throws ParseException, with nothing applied, when the list is not of the form above.
+ZEL_EXPORT void traceLevelsIs( std::string_view list );
+
+/// Names of the handles that were used so far, sorted.
+ZEL_EXPORT std::vector< std::string > traceHandles();
+
+/// The pieces of a line, written one after the other by their own operator<<.
+template < class... Pieces >
+std::string
+traceText( const Pieces&... pieces ) {
+   std::ostringstream text;
+   text << std::boolalpha;
+   ( text << ... << pieces );
+   return text.str();
+}
+
+}   // namespace Zel
+
+/// Traces the pieces that follow the line number when `level` is enabled on `handle`. Requires a
+/// constant `zelSourceTag` in scope. A macro, because a function's arguments are always evaluated.
+#define ZEL_TRACE( handle, level, sourceLine, ... )                                            \
+   do {                                                                                        \
+      if ( ( handle ).enabled( level ) ) [[unlikely]] {                                        \
+         ::Zel::traceEmit( { ( handle ).name(), level, zelSourceTag, sourceLine, __func__,     \
+                             ::Zel::traceText( __VA_ARGS__ ) } );                              \
+      }                                                                                        \
+   } while ( false )

@@ -1,0 +1,73 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// TypeModule: the types of one source file, registered with the framework by name.
+//
+// A source's registration file holds one constant TypeModule and one ModuleRegistration, whose
+// constructor runs when the library is loaded. A type is identified by (module, index), which is
+// what fwkType() of its entities answers.
+//
+// Ownership  The registry keeps plain pointers to module records; they are constants.
+// Threads    Registration happens while libraries load; look-ups take no lock.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "Zel/Export.h"
+
+namespace Zel {
+
+enum class TypeKind : std::uint8_t { Value, Entity };
+
+struct TypeRecord {
+   /// Qualified name, such as "MoxVlanMapping::VlanRangeEntry".
+   const char* name;
+   TypeKind kind;
+   /// Bytes of one object.
+   std::uint32_t size;
+};
+
+struct TypeModule {
+   /// Source file without extension, such as "MoxVlanMapping/MoxVlanRangeMgr".
+   const char* name;
+   std::span< const TypeRecord > types;
+};
+
+struct TypeHandle {
+   const TypeModule* module = nullptr;
+   std::uint32_t index = 0;
+
+   /// Null when the handle names no registered type.
+   const TypeRecord* record() const { return module ? &module->types[ index ] : nullptr; }
+   explicit operator bool() const { return module != nullptr; }
+   friend bool operator==( const TypeHandle&, const TypeHandle& ) = default;
+};
+
+/// Makes a module's types known; a type name that another module already has is asserted against.
+ZEL_EXPORT void zelModuleIs( const TypeModule& module );
+/// Takes the module out again when its library is unloaded.
+ZEL_EXPORT void zelModuleDel( const TypeModule& module );
+
+/// The registered modules in order of registration.
+ZEL_EXPORT std::vector< const TypeModule* > zelModules();
+
+/// A null handle when there is no such type. O(number of types).
+ZEL_EXPORT TypeHandle zelTypeByName( std::string_view name );
+
+class ModuleRegistration {
+ public:
+   explicit ModuleRegistration( const TypeModule& module ) : module_( module ) {
+      zelModuleIs( module_ );
+   }
+   ~ModuleRegistration() { zelModuleDel( module_ ); }
+   ModuleRegistration( const ModuleRegistration& ) = delete;
+   ModuleRegistration& operator=( const ModuleRegistration& ) = delete;
+
+ private:
+   const TypeModule& module_;
+};
+
+}   // namespace Zel

@@ -1,0 +1,204 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Pelrec/Trace.h"
+
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <system_error>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "Pelrec/Reader.h"
+#include "tests/unit/Pelrec/SmallTrace.h"
+
+namespace {
+
+class TraceFileTest : public testing::Test {
+ protected:
+   TraceFileTest() {
+      std::string folder = testing::TempDir() + "TraceFileTest.XXXXXX";
+      folder_ = mkdtemp( folder.data() );
+   }
+   ~TraceFileTest() override { std::filesystem::remove_all( folder_ ); }
+
+   std::string path( const std::string& name ) const { return folder_ / name; }
+
+   std::string files() const {
+      std::set< std::string > names;
+      for ( const auto& entry : std::filesystem::directory_iterator( folder_ ) ) {
+         names.insert( entry.path().filename() );
+      }
+      std::string list;
+      for ( const std::string& name : names ) {
+         list += name + '\n';
+      }
+      return list;
+   }
+
+   // What another process would print of the file.
+   std::string inFile( const std::string& name ) const {
+      return shown( Pelrec::ImageFile( path( name ) ).bytes() );
+   }
+
+   // The message with which fileIs() refuses `name`, without the path of the test's folder.
+   std::string fileRefusal( const std::string& name ) {
+      try {
+         small_.trace().fileIs( path( name ) );
+      } catch ( const std::system_error& error ) {
+         std::string what = error.what();
+         for ( std::size_t at; ( at = what.find( folder_.string() ) ) != std::string::npos; ) {
+            what.erase( at, folder_.string().size() + 1 );
+         }
+         for ( std::size_t at; ( at = what.find( ownNumber_ ) ) != std::string::npos; ) {
+            what.replace( at, ownNumber_.size(), ".PID" );
+         }
+         return what;
+      }
+      return "";
+   }
+
+   std::filesystem::path folder_;
+   const std::string ownNumber_ = "." + std::to_string( getpid() );
+   SmallTrace small_;
+};
+
+TEST_F( TraceFileTest, TakesOverRecordsAndFormats ) {
+   small_.write( 5, "before %s", std::int64_t{ 1 } );
+   small_.write( 6, "before, too" );
+   small_.trace().fileIs( path( "trace" ) );
+   EXPECT_EQ( inFile( "trace" ), "1/5 before 1\n2/6 before, too\n" );
+}
+
+TEST_F( TraceFileTest, GetsWhatIsWrittenLaterUnderOldAndNewFormats ) {
+   small_.write( 5, "old %s", std::int64_t{ 1 } );
+   small_.trace().fileIs( path( "trace" ) );
+   small_.write( 5, "old %s", std::int64_t{ 2 } );
+   small_.write( 5, "new %s", std::int64_t{ 3 } );
+   EXPECT_EQ( inFile( "trace" ), "1/5 old 1\n2/5 old 2\n3/5 new 3\n" );
+}
+
+TEST_F( TraceFileTest, LeavesOneFile ) {
+   small_.trace().fileIs( path( "trace" ) );
+   EXPECT_EQ( files(), "trace\n" );
+}
+
+TEST_F( TraceFileTest, KeepsTheFileOfTheRunBefore ) {
+   SmallTrace crashed;
+   crashed.write( 5, "last words" );
+   crashed.trace().fileIs( path( "trace" ) );
+   small_.trace().fileIs( path( "trace" ) );
+   small_.write( 5, "hello again" );
+   EXPECT_EQ( inFile( "trace.previous" ), "1/5 last words\n" );
+   EXPECT_EQ( inFile( "trace" ), "1/5 hello again\n" );
+}
+
+TEST_F( TraceFileTest, CanMoveToAnotherFile ) {
+   small_.trace().fileIs( path( "first" ) );
+   small_.write( 5, "in both" );
+   small_.trace().fileIs( path( "second" ) );
+   small_.write( 5, "in the second" );
+   EXPECT_EQ( inFile( "first" ), "1/5 in both\n" );
+   EXPECT_EQ( inFile( "second" ), "1/5 in both\n2/5 in the second\n" );
+}
+
+TEST_F( TraceFileTest, HasTheLastRecordsOfAProcessThatAborts ) {
+   const pid_t child = fork();
+   ASSERT_NE( child, -1 );
+   if ( child == 0 ) {
+      const rlimit noCore{ 0, 0 };
+      setrlimit( RLIMIT_CORE, &noCore );
+      std::signal( SIGABRT, SIG_DFL );
+      small_.trace().fileIs( path( "trace" ) );
+      for ( std::int64_t i = 1; i <= 6; ++i ) {
+         small_.write( 5, "step %s", i );
+      }
+      std::abort();
+   }
+   int status = 0;
+   ASSERT_EQ( waitpid( child, &status, 0 ), child );
+   ASSERT_TRUE( WIFSIGNALED( status ) );
+   ASSERT_EQ( WTERMSIG( status ), SIGABRT );
+   EXPECT_EQ( inFile( "trace" ), "3/5 step 3\n4/5 step 4\n5/5 step 5\n6/5 step 6\n" );
+}
+
+TEST_F( TraceFileTest, AMissingFolderIsRefusedByName ) {
+   EXPECT_EQ( fileRefusal( "nowhere/trace" ),
+              "Pelrec trace: cannot create nowhere/trace.new.PID: No such file or directory" );
+}
+
+TEST_F( TraceFileTest, AFolderIsRefusedAndStays ) {
+   std::filesystem::create_directory( path( "trace" ) );
+   EXPECT_EQ( fileRefusal( "trace" ),
+              "Pelrec trace: cannot replace what is not a plain file: trace: File exists" );
+   EXPECT_EQ( files(), "trace\n" );
+}
+
+TEST_F( TraceFileTest, APreviousFileThatCannotBeReplacedIsRefused ) {
+   std::ofstream( path( "trace" ) ) << "keep";
+   std::filesystem::create_directory( path( "trace.previous" ) );
+   EXPECT_EQ( fileRefusal( "trace" ),
+              "Pelrec trace: cannot rename to .previous: trace: Is a directory" );
+   EXPECT_EQ( files(), "trace\ntrace.previous\n" );
+}
+
+TEST_F( TraceFileTest, ATooSmallDiskIsRefused ) {
+   rlimit limit{};
+   getrlimit( RLIMIT_FSIZE, &limit );
+   const rlimit small{ 1000, limit.rlim_max };
+   const auto handler = std::signal( SIGXFSZ, SIG_IGN );
+   setrlimit( RLIMIT_FSIZE, &small );
+   const std::string refusal = fileRefusal( "trace" );
+   setrlimit( RLIMIT_FSIZE, &limit );
+   std::signal( SIGXFSZ, handler );
+   EXPECT_EQ( refusal, "Pelrec trace: cannot reserve space for trace.new.PID: File too large" );
+   EXPECT_EQ( files(), "" );
+}
+
+TEST_F( TraceFileTest, ARefusedFileLeavesTheTraceWhereItWas ) {
+   small_.trace().fileIs( path( "trace" ) );
+   small_.write( 5, "before" );
+   EXPECT_NE( fileRefusal( "nowhere/trace" ), "" );
+   small_.write( 5, "after" );
+   EXPECT_EQ( inFile( "trace" ), "1/5 before\n2/5 after\n" );
+}
+
+class ImageFileTest : public TraceFileTest {
+ protected:
+   std::string refusal( const std::string& name ) const {
+      try {
+         Pelrec::ImageFile file( path( name ) );
+      } catch ( const Pelrec::ImageError& error ) {
+         std::string what = error.what();
+         const std::size_t at = what.find( folder_.string() );
+         return at == std::string::npos ? what : what.erase( at, folder_.string().size() + 1 );
+      }
+      return "";
+   }
+};
+
+TEST_F( ImageFileTest, RefusesAMissingFile ) {
+   EXPECT_EQ( refusal( "trace" ),
+              "Pelrec image: cannot open trace: No such file or directory" );
+}
+
+TEST_F( ImageFileTest, RefusesAFolder ) {
+   std::filesystem::create_directory( path( "trace" ) );
+   EXPECT_EQ( refusal( "trace" ), "Pelrec image: trace is empty or no plain file" );
+}
+
+TEST_F( ImageFileTest, RefusesAnEmptyFile ) {
+   std::ofstream( path( "trace" ) ).close();
+   EXPECT_EQ( refusal( "trace" ), "Pelrec image: trace is empty or no plain file" );
+}
+
+}   // namespace

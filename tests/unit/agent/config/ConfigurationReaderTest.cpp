@@ -1,0 +1,191 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+#include "agent/config/ConfigurationReader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/agent/config/ConfigurationTexts.h"
+
+namespace Agent {
+namespace {
+
+// "unusable" and the one finding, or the ports.
+std::string
+outcome( const ReadResult& result ) {
+   EXPECT_NE( result.configuration.has_value(), !result.findings.empty() );
+   EXPECT_TRUE( !result.unusable || result.findings.size() == 1 );
+   return ( result.unusable ? "unusable " : "" ) + portsOf( result );
+}
+
+const std::string kFormats = "a top-level member openconfig-interfaces:interfaces, or "
+                             "ietf-interfaces:interfaces and ieee802-dot1q-bridge:bridges\n";
+
+// A file of its own for each test.
+class FileTest : public testing::Test {
+ protected:
+   FileTest() {
+      const int fd = mkstemp( path_.data() );
+      EXPECT_GE( fd, 0 );
+      close( fd );
+   }
+   ~FileTest() override { std::remove( path_.c_str() ); }
+
+   void write( const std::string& text ) { std::ofstream( path_, std::ios::binary ) << text; }
+
+   std::string path_ = testing::TempDir() + "/configXXXXXX";
+};
+
+using ConfigurationFile = FileTest;
+
+TEST_F( ConfigurationFile, IsReadByName ) {
+   write( ieeePort( "" ) );
+   EXPECT_EQ( outcome( readConfiguration( path_ ) ), "eth1:;\n" );
+}
+
+TEST_F( ConfigurationFile, IsNamedInItsFindings ) {
+   write( ieeePort( "\"port-type\":1" ) );
+   const ReadResult result = readConfiguration( path_ );
+   ASSERT_EQ( result.findings.size(), 1U );
+   EXPECT_EQ( result.findings[ 0 ].file, path_ );
+   EXPECT_EQ( result.findings[ 0 ].line, 3U );
+   EXPECT_EQ( result.findings[ 0 ].path, std::string( kIeeePort ) + "/port-type" );
+   EXPECT_EQ( result.findings[ 0 ].value, "1" );
+   EXPECT_FALSE( result.unusable );
+}
+
+TEST_F( ConfigurationFile, ThatDoesNotExistIsUnusable ) {
+   EXPECT_EQ( outcome( readConfiguration( path_ + ".no" ) ),
+              "unusable " + path_ + ".no: cannot be opened: No such file or directory\n" );
+}
+
+TEST_F( ConfigurationFile, ThatIsADirectoryIsUnusable ) {
+   EXPECT_EQ( outcome( readConfiguration( "/" ) ),
+              "unusable /: cannot be read: Is a directory\n" );
+}
+
+TEST_F( ConfigurationFile, ThatIsEmptyIsUnusable ) {
+   EXPECT_EQ( outcome( readConfiguration( path_ ) ),
+              "unusable " + path_ +
+                 ":1: not valid JSON: the text is empty; allowed: JSON in UTF-8 as RFC 8259 "
+                 "defines it\n" );
+}
+
+TEST_F( ConfigurationFile, LargerThanOneReadIsReadWhole ) {
+   write( ieeePort( std::string( 600000, ' ' ) + "\n\"port-type\":1" ) );
+   const ReadResult result = readConfiguration( path_ );
+   ASSERT_EQ( result.findings.size(), 1U );
+   EXPECT_EQ( result.findings[ 0 ].line, 4U );
+}
+
+// Standard input is a file while the object lives.
+class RedirectedInput {
+ public:
+   explicit RedirectedInput( const std::string& path ) : saved_( dup( STDIN_FILENO ) ) {
+      const int fd = open( path.c_str(), O_RDONLY | O_CLOEXEC );
+      EXPECT_GE( fd, 0 );
+      dup2( fd, STDIN_FILENO );
+      close( fd );
+      std::clearerr( stdin );
+   }
+   ~RedirectedInput() {
+      dup2( saved_, STDIN_FILENO );
+      close( saved_ );
+      std::clearerr( stdin );
+   }
+   RedirectedInput( const RedirectedInput& ) = delete;
+   RedirectedInput& operator=( const RedirectedInput& ) = delete;
+
+ private:
+   int saved_;
+};
+
+using StandardInput = FileTest;
+
+TEST_F( StandardInput, IsReadForAHyphen ) {
+   write( ieeePort( "" ) );
+   RedirectedInput input( path_ );
+   EXPECT_EQ( outcome( readConfiguration( "-" ) ), "eth1:;\n" );
+}
+
+TEST_F( StandardInput, HasANameInFindings ) {
+   write( "{" );
+   RedirectedInput input( path_ );
+   EXPECT_EQ( outcome( readConfiguration( "-" ) ),
+              "unusable <stdin>:1: not valid JSON: syntax error while parsing object key - "
+              "unexpected end of input; expected string literal; allowed: JSON in UTF-8 as RFC "
+              "8259 defines it\n" );
+}
+
+TEST( ConfigurationText, ShowsItsFormatInTheTopLevelMembers ) {
+   EXPECT_EQ( read( ieeePort( "" ) ).configuration->format, ConfigurationFormat::ieee8021q );
+   EXPECT_EQ( read( R"({"ieee802-dot1q-bridge:bridges":{}})" ).configuration->format,
+              ConfigurationFormat::ieee8021q );
+   EXPECT_EQ( read( openConfig( "" ) ).configuration->format, ConfigurationFormat::openConfig );
+}
+
+TEST( ConfigurationText, WithoutKnownMemberIsUnusable ) {
+   for ( const char* text : { "{}", R"({"interfaces":{"interface":[]}})",
+                              R"({"ietf-interfaces:interfaces-state":{}})" } ) {
+      EXPECT_EQ(
+         outcome( read( text ) ),
+         "unusable f.json:1: unknown format: no known member stands at the top; allowed: " +
+            kFormats );
+   }
+}
+
+TEST( ConfigurationText, WithMembersOfBothFormatsIsUnusable ) {
+   EXPECT_EQ( outcome( read( "\n{\"openconfig-interfaces:interfaces\":{},"
+                             "\"ieee802-dot1q-bridge:bridges\":{}}" ) ),
+              "unusable f.json:2: ambiguous format: members of both formats stand at the top; "
+              "allowed: " +
+                 kFormats );
+}
+
+TEST( ConfigurationText, ThatIsNoObjectIsUnusable ) {
+   EXPECT_EQ(
+      outcome( read( "\n[]" ) ),
+      "unusable f.json:2: unknown format: the text is an array; allowed: an object with " +
+         kFormats );
+   EXPECT_EQ( outcome( read( "7" ) ),
+              "unusable f.json:1: unknown format: the text is an integer "
+              "number; allowed: an object with " +
+                 kFormats );
+}
+
+TEST( ConfigurationText, ThatIsNoJsonIsUnusableWithItsLine ) {
+   EXPECT_EQ( outcome( read( "{\n\"openconfig-interfaces:interfaces\": {]\n}" ) ),
+              "unusable f.json:2: not valid JSON: syntax error while parsing object key - "
+              "unexpected ']'; expected string literal; allowed: JSON in UTF-8 as RFC 8259 "
+              "defines it\n" );
+}
+
+TEST( ConfigurationText, TopLevelNamesNeedTheirModule ) {
+   EXPECT_EQ(
+      outcome( read( "{\"openconfig-interfaces:interfaces\":{},\n\"interfaces\":{}}" ) ),
+      "f.json:2: /interfaces: the top-level member lacks its module name; allowed: names "
+      "of the form MODULE:NAME\n" );
+}
+
+TEST( ConfigurationText, OtherTopLevelMembersAreUnused ) {
+   EXPECT_EQ( unusedOf( read( R"({"openconfig-interfaces:interfaces":{},)"
+                              R"("acme:system":{"name":"x"}})" ) ),
+              "/acme:system/name 1 not used by this agent\n" );
+}
+
+TEST( ConfigurationText, ATopLevelMemberGivenTwiceIsAFinding ) {
+   EXPECT_EQ(
+      outcome( read( "{\"openconfig-interfaces:interfaces\":{},\n"
+                     "\"openconfig-interfaces:interfaces\":{}}" ) ),
+      "f.json:2: /openconfig-interfaces:interfaces: value {} is given twice, on lines 1 "
+      "and 2; allowed: each member once\n" );
+}
+
+}   // namespace
+}   // namespace Agent
