@@ -44,9 +44,11 @@ class ZEL_EXPORT VlanMappingScaleSlaveSm : public Mox::VlanMappingSlaveSm {
    void handleInitialized() override;
    /// Adds the key's VLAN under its configured mapping, or the empty one when none is configured.
    void doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey ) override;
+   /// Takes the key's VLAN out. Throws Zel::RangeException for VLAN 0 and above 4094.
    void doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey ) override;
    /// Publishes the key's configured mapping, or the default record when none is configured.
    void doAddEgressVlanMapping( const Mox::PortVlanKey& pvKey ) override;
+   /// Withdraws what is published under the key.
    void doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey ) override;
 
    const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir() const { return vlanRangeEntryDir_; }

@@ -132,9 +132,8 @@ MoxVlanRangeMappingCodef::ZelTask::onAttribute( Zel::AttributeId attribute, cons
    if ( attribute != Quen::Task::kRun || zelMarkedForDeletion() ) {
       return;
    }
-   // Held across the run: the derived class may drop the last other reference from inside it.
-   if ( const Zel::Ptr< MoxVlanRangeMappingCodef > codef{ owner() } ) {
-      codef->drainBacklog();
+   if ( owner() ) {
+      owner()->drainBacklog();
    }
 }
 
@@ -241,6 +240,7 @@ MoxVlanRangeMappingCodef::handleInitialized() {
 
 void
 MoxVlanRangeMappingCodef::drainBacklog() {
+   const Zel::Ptr< MoxVlanRangeMappingCodef > self( this );   // the hooks may drop the last other
    if ( !initialized_ ) {
       notInitialized();
       return;

@@ -5,8 +5,11 @@
 // it to program the sorted ranges into hardware.
 //
 //   class RangeProgrammer : public MoxVlanMapping::MoxVlanRangeMappingCodef {
+//    public:
+//      static constexpr const char* zelTypeName = "RangeProgrammer";   // counts under this name
 //    protected:
 //      using MoxVlanRangeMappingCodef::MoxVlanRangeMappingCodef;
+//      ~RangeProgrammer() override { zelDoZombieReactors( true ); }
 //      void processSortedVlanRange( Corvel::IntfId intfId ) override;   // read vidRangeSorted
 //   };
 //   auto programmer = Zel::newEntity< RangeProgrammer >( acsd, scheduler, rangeDir, scheduleDir );
@@ -18,8 +21,8 @@
 // schedule calls vlanXlateCodefComplete().
 //
 // Hooks       processSortedVlanRange() may schedule and unschedule other interfaces, change any
-//             ranges, drop the codef, and throw: then its interface stays scheduled, the task is
-//             asked for again, and the exception reaches the caller of the scheduler. A mark that
+//             ranges, drop the codef, and throw: then its interface stays first in the schedule, the
+//             task is asked for again, and the exception reaches the caller of the scheduler. A mark that
 //             it makes for the interface it is called for does not outlast the call; schedule
 //             that one from vlanXlateCodefComplete().
 // Ownership   Holds scheduler, directories and task; its notifiees hold what they watch.
@@ -121,9 +124,10 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    Zel::Ptr< VlanXlateScaleEntryDir > vlanXlateScaleEntryDirIs();
    void vlanXlateScaleEntryDirDel();
 
-   /// One run of the task.
+   /// One run of the task. Requires: schedule and, once initialised, task and scale entry
+   /// directory.
    void drainBacklog();
-   /// Schedules `intf` unless it is a member of a link aggregate.
+   /// Schedules `intf` unless it is a member of a link aggregate. Requires: acsd and schedule.
    void handlePortToLag( Corvel::IntfId intf );
    void zel_handleAcsd_portToLag( Corvel::IntfId intf ) { handlePortToLag( intf ); }
    /// Rebuilds the interface's vidRangeSorted from its vlanIdRange; makes both entries when they
@@ -135,7 +139,7 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    /// The task works only while true.
    bool initialized() const { return initialized_; }
    void initializedIs( bool initialized ) { initialized_ = initialized; }
-   /// Called by the constructor; a later call only traces.
+   /// Called by the constructor; a later call only traces. Requires: a task.
    void handleInitialized();
 
  private:

@@ -186,7 +186,9 @@ MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
 
 void
 MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
-                                      const VlanRangeXlateMapping& vidRange ) {
+                                      const VlanRangeXlateMapping& storedRange ) {
+   // A copy: what is passed may be the stored element itself, which goes below.
+   const VlanRangeXlateMapping vidRange = storedRange;
    ZEL_TRACE( trace, kArguments, __LINE__, "deleteVlanFromRange", " intfId: ", intfId,
               " vlanId: ", vid, " vidRange: ", vidRange );
    const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );

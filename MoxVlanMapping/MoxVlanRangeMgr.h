@@ -12,8 +12,8 @@
 //                with the empty mapping cannot be told from "no range"; do not store it.
 // Entries        Every operation makes the interface's entry when there is none.
 // Cost           O(log ranges of the interface); at most four changes of the collections.
-// Throws         Zel::RangeException for ids that are not VLAN ids (VlanId::fromRaw), before
-//                anything but the empty entry is changed.
+// Throws         Zel::RangeException for ids that are not VLAN ids (VlanId::fromRaw); adding and
+//                deleting change nothing before it but the empty entry.
 // Asserts        That the two collections agree, where it relies on it.
 // Threads        One thread per directory, no locks.
 // Trace          "MoxVlanRangeMgr": arguments at level 9, decisions at level 1.
@@ -54,7 +54,8 @@ class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
                       Bridging::VlanXlateMapping mapping );
    /// Takes `vid` out of the index, whatever its mapping. Nothing when no range holds it.
    void deleteVlanFromIdx( Corvel::IntfId intfId, Bridging::VlanId vid );
-   /// Takes `vid` out of the stored range `vidRange`, which holds it (not checked).
+   /// Takes `vid` out of the stored range `vidRange`, which holds it (not checked). With an id that
+   /// has no neighbour to shrink to, a range exception comes after the range was taken out.
    void deleteVlanFromRange( Corvel::IntfId intfId, Bridging::VlanId vid,
                              const VlanRangeXlateMapping& vidRange );
 

@@ -76,6 +76,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    const VlanIdRangeMap& vlanIdRange() const { return vlanIdRange_; }
    /// The range that starts at `lowVid`; the default range when there is none.
    VlanRangeXlateMapping vlanIdRange( Bridging::VlanId lowVid ) const;
+   /// Inserts, or overwrites the range that has the same lowVid.
    void vlanIdRangeIs( const VlanRangeXlateMapping& range );
    /// Returns the removed range; the default range when there was none.
    VlanRangeXlateMapping vlanIdRangeDel( Bridging::VlanId lowVid );
@@ -85,6 +86,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    const RevSortedStartVidMap& revSortedStartVid() const { return revSortedStartVid_; }
    /// The start's flag; false when there is none.
    bool revSortedStartVid( ReverseStartIdVlanId start ) const;
+   /// Inserts, or overwrites the flag.
    void revSortedStartVidIs( ReverseStartIdVlanId start, bool value );
    /// Returns the removed start's flag; false when there was none.
    bool revSortedStartVidDel( ReverseStartIdVlanId start );

@@ -73,6 +73,7 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    const VidRangeSortedMap& vidRangeSorted() const { return vidRangeSorted_; }
    /// The range's flag; false when it is not there.
    bool vidRangeSorted( const VlanRangeXlateMapping& range ) const;
+   /// Inserts, or overwrites the flag of the equal range.
    void vidRangeSortedIs( const VlanRangeXlateMapping& range, bool value );
    /// Returns the removed range's flag; false when there was none.
    bool vidRangeSortedDel( const VlanRangeXlateMapping& range );

@@ -20,10 +20,15 @@
 namespace Agent {
 namespace {
 
-// "1 finding", "2 findings"
 std::string
 findings( std::size_t number ) {
-   return fmt::format( "{} finding{}", number, number == 1 ? "" : "s" );
+   return counted( number, "finding", "findings" );
+}
+
+// The file as messages name it.
+std::string
+shownFile( const Options& options ) {
+   return options.file == "-" ? "<stdin>" : options.file;
 }
 
 void
@@ -102,7 +107,8 @@ checkCommand( const Options& options ) {
       fmt::print( "{}\n", finding.text() );
    }
    if ( !result.configuration ) {
-      fmt::print( stderr, "{}: {}\n", options.file, findings( result.findings.size() ) );
+      fmt::print( stderr, "{}: {}\n", shownFile( options ),
+                  findings( result.findings.size() ) );
       return kExitFindings;
    }
    if ( options.verbose ) {
@@ -112,8 +118,9 @@ checkCommand( const Options& options ) {
    for ( const Port& port : result.configuration->ports ) {
       mappings += port.ingress.size();
    }
-   fmt::print( stderr, "{}: clean, {} ports, {} mappings\n", options.file,
-               result.configuration->ports.size(), mappings );
+   fmt::print( stderr, "{}: clean, {}, {}\n", shownFile( options ),
+               counted( result.configuration->ports.size(), "port", "ports" ),
+               counted( mappings, "mapping", "mappings" ) );
    return kExitClean;
 }
 
@@ -147,7 +154,7 @@ showPortCommand( const Options& options ) {
    std::erase_if( report->ports,
                   [ & ]( const PortReport& port ) { return port.name != options.port; } );
    if ( report->ports.empty() ) {
-      fmt::print( stderr, "{}: there is no port \"{}\"\n", options.file, options.port );
+      fmt::print( stderr, "{}: there is no port \"{}\"\n", shownFile( options ), options.port );
       return kExitUnusable;
    }
    if ( !filterVlans( options, report->ports ) ) {
@@ -162,7 +169,7 @@ showPortCommand( const Options& options ) {
 int
 replayCommand( const Options& options ) {
    if ( options.file == "-" ) {
-      replay( "<stdin>", std::cin, std::cout, options.rangeEntries );
+      replay( shownFile( options ), std::cin, std::cout, options.rangeEntries );
       return kExitClean;
    }
    std::ifstream script( options.file );

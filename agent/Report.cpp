@@ -25,11 +25,6 @@ grouped( std::size_t number ) {
    return text;
 }
 
-std::string
-counted( std::size_t number, const char* one, const char* many ) {
-   return grouped( number ) + " " + ( number == 1 ? one : many );
-}
-
 std::vector< RangeReport >
 ordered( std::vector< RangeReport > ranges, RangeOrder order ) {
    if ( order == RangeOrder::Vid ) {
@@ -84,12 +79,17 @@ jsonOf( const std::vector< RangeReport >& ranges, RangeOrder order ) {
 
 }   // namespace
 
-PortReport
+std::string
+counted( std::size_t number, const char* one, const char* many ) {
+   return grouped( number ) + " " + ( number == 1 ? one : many );
+}
+
+Totals
 Report::total() const {
-   PortReport sum;
+   Totals sum;
    for ( const PortReport& port : ports ) {
       sum.mappings += port.mappings;
-      sum.ranges.insert( sum.ranges.end(), port.ranges.begin(), port.ranges.end() );
+      sum.ranges += port.ranges.size();
       sum.rangeEntries += port.rangeEntries;
       sum.exactEntries += port.exactEntries;
    }
@@ -146,10 +146,10 @@ summaryText( const Report& report ) {
 
 std::string
 closingLine( const Report& report ) {
-   const PortReport total = report.total();
+   const Totals total = report.total();
    return fmt::format( "{} -> {} -> {} + {} at {} per port",
                        counted( total.mappings, "mapping", "mappings" ),
-                       counted( total.ranges.size(), "range", "ranges" ),
+                       counted( total.ranges, "range", "ranges" ),
                        counted( total.rangeEntries, "range entry", "range entries" ),
                        counted( total.exactEntries, "exact entry", "exact entries" ),
                        counted( report.rangeEntriesPerPort, "entry", "entries" ) );
@@ -192,8 +192,11 @@ summaryJson( const Report& report ) {
       json[ "ports" ][ port.name ] = jsonOf( port );
    }
    json[ "rangeEntriesPerPort" ] = report.rangeEntriesPerPort;
-   json[ "total" ] = jsonOf( report.total() );
-   json[ "total" ].erase( "lag" );
+   const Totals total = report.total();
+   json[ "total" ] = { { "mappings", total.mappings },
+                       { "ranges", total.ranges },
+                       { "rangeEntries", total.rangeEntries },
+                       { "exactEntries", total.exactEntries } };
    return json.dump( 2 ) + "\n";
 }
 

@@ -34,17 +34,27 @@ struct PortReport {
    std::size_t exactEntries = 0;
 };
 
+/// Sums over all ports.
+struct Totals {
+   std::size_t mappings = 0;
+   std::size_t ranges = 0;
+   std::size_t rangeEntries = 0;
+   std::size_t exactEntries = 0;
+};
+
 struct Report {
    std::vector< PortReport > ports;   ///< in the order of the file
    std::size_t rangeEntriesPerPort = 0;
 
-   PortReport total() const;
+   Totals total() const;
 };
 
 Report makeReport( const ScaleAgent& agent, const Configuration& configuration );
 
 enum class RangeOrder { Size, Vid };
 
+/// "1 mapping", "36,775 mappings"
+std::string counted( std::size_t number, const char* one, const char* many );
 /// One line per port and the closing line.
 std::string summaryText( const Report& report );
 /// "36,775 mappings -> 4,092 ranges -> 325 range entries + 4,407 exact entries at 8 entries per

@@ -5,9 +5,11 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <exception>
 #include <functional>
-#include <map>
+#include <iostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -69,6 +71,7 @@ class CommandLine {
       configurationFile( summary );
       ranking( summary );
       json( summary );
+      sorting( summary );   // taken as by the other views; a summary lists no ranges
       CLI::App* port = command( *show, "port", "one port in full", Agent::showPortCommand );
       port->add_option( "PORT", options_.port, "name of the port" )->required();
       configurationFile( port );
@@ -122,11 +125,19 @@ class CommandLine {
          ->check( CLI::Range( 0u, unsigned{ Bridging::VlanId::kHighest } ) );
    }
    void json( CLI::App* sub ) { sub->add_flag( "--json", options_.json, "print JSON" ); }
+   void sorting( CLI::App* sub ) {
+      sub->add_option_function< std::string >(
+            "--sort",
+            [ this ]( const std::string& order ) {
+               options_.order =
+                  order == "vid" ? Agent::RangeOrder::Vid : Agent::RangeOrder::Size;
+            },
+            "ranges by size (largest first) or vid" )
+         ->check( CLI::IsMember( { "size", "vid" } ) );
+   }
    void rangeList( CLI::App* sub ) {
       json( sub );
-      sub->add_option( "--sort", options_.order, "size (largest first) or vid" )
-         ->transform( CLI::CheckedTransformer( std::map< std::string, Agent::RangeOrder >{
-            { "size", Agent::RangeOrder::Size }, { "vid", Agent::RangeOrder::Vid } } ) );
+      sorting( sub );
       sub->add_option( "--vlans", options_.vlans,
                        "only ranges that hold one of these VLAN ids, such as 1,10-100" );
    }
@@ -142,7 +153,12 @@ class CommandLine {
 int
 main( int argc, char** argv ) {
    try {
-      return CommandLine().execute( argc, argv );
+      const int exitCode = CommandLine().execute( argc, argv );
+      // What is still buffered would be lost without a word.
+      if ( !std::cout.flush() || std::fflush( stdout ) != 0 ) {
+         throw std::runtime_error( "standard output cannot be written" );
+      }
+      return exitCode;
    } catch ( const std::exception& error ) {
       fmt::print( stderr, "{}\n", error.what() );
       return Agent::kExitUnusable;

@@ -7,7 +7,9 @@
 
 namespace Bridging {
 
-Config::~Config() = default;
+Config::~Config() {
+   zelDoZombieReactors( true );
+}
 
 Zel::Ptr< Config >
 Config::ConfigIs() {

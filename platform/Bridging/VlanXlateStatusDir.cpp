@@ -7,7 +7,9 @@
 
 namespace Bridging {
 
-VlanXlateStatusDir::~VlanXlateStatusDir() = default;
+VlanXlateStatusDir::~VlanXlateStatusDir() {
+   zelDoZombieReactors( true );
+}
 
 Zel::Ptr< VlanXlateStatusDir >
 VlanXlateStatusDir::VlanXlateStatusDirIs() {

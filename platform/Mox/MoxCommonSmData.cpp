@@ -12,7 +12,10 @@ MoxCommonSmData::MoxCommonSmData()
       egressConfigDir_( moxVlanMappingConfigDirFactory() ),
       statusDir_( moxVlanMappingStatusDirFactory() ) {}
 
-MoxCommonSmData::~MoxCommonSmData() = default;
+MoxCommonSmData::~MoxCommonSmData() {
+   zelDoZombieReactors( true );
+   notifieeList_.notifieeDelAll();
+}
 
 Zel::Ptr< MoxCommonSmData >
 MoxCommonSmData::MoxCommonSmDataIs() {

@@ -56,6 +56,7 @@ class ZEL_EXPORT MoxCommonSmData : public Zel::PtrInterface {
 
    /// The ports that are members of a link aggregate.
    const PortToLagMap& portToLag() const { return portToLag_; }
+   /// Silent when the port is a member of that aggregate already.
    void portToLagIs( Corvel::IntfId port, Corvel::IntfId lag );
    /// Returns the aggregate that the port was a member of; the empty id when of none.
    Corvel::IntfId portToLagDel( Corvel::IntfId port );

@@ -7,7 +7,10 @@
 
 namespace Mox {
 
-MoxVlanMappingConfigDir::~MoxVlanMappingConfigDir() = default;
+MoxVlanMappingConfigDir::~MoxVlanMappingConfigDir() {
+   zelDoZombieReactors( true );
+   notifieeList_.notifieeDelAll();
+}
 
 Zel::Ptr< MoxVlanMappingConfigDir >
 MoxVlanMappingConfigDir::MoxVlanMappingConfigDirIs() {

@@ -7,7 +7,10 @@
 
 namespace Mox {
 
-MoxVlanMappingStatusDir::~MoxVlanMappingStatusDir() = default;
+MoxVlanMappingStatusDir::~MoxVlanMappingStatusDir() {
+   zelDoZombieReactors( true );
+   notifieeList_.notifieeDelAll();
+}
 
 Zel::Ptr< MoxVlanMappingStatusDir >
 MoxVlanMappingStatusDir::MoxVlanMappingStatusDirIs() {

@@ -92,6 +92,7 @@ VlanMappingSlaveSm::egressConfigDir() const {
 
 void
 VlanMappingSlaveSm::handleInitialized() {
+   const Zel::Ptr< VlanMappingSlaveSm > self( this );   // a reactor may drop the last other one
    initialized_ = true;
    Replay replay;
    replay.run( *ingressConfigDir(),

@@ -13,6 +13,8 @@
 //     was.
 //   - The index knows a port's VLAN but not the inner VLAN of the key. Of several ingress keys
 //     that differ only there one is in force, and the next takes its place when it goes.
+//   - A record without a translated VLAN is delivered like any other; whoever writes the
+//     configuration keeps it out, for to the index the empty mapping means any mapping.
 //   - A mapping whose addition raised a range exception counts as not delivered. What a hook
 //     throws reaches whoever wrote the configuration, which keeps the record.
 //

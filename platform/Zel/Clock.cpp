@@ -15,7 +15,9 @@ constexpr char zelSourceTag[] = "Zel/Clock";
 
 }   // namespace
 
-Clock::~Clock() = default;
+Clock::~Clock() {
+   zelDoZombieReactors( true );
+}
 SteadyClock::~SteadyClock() = default;
 ManualClock::~ManualClock() = default;
 

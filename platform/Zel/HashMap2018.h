@@ -105,8 +105,10 @@ class HashMap2018 {
       const Node* node = findNode( key );
       return node ? unlink( *node ) : nullptr;
    }
-   /// Takes the iterator's element out; null at the end or when it is gone already.
+   /// Takes the iterator's element out; null at the end or when it is gone already. Requires: the
+   /// iterator walks this collection (asserted).
    Ptr< Node > del( const Iterator& at ) {
+      ZEL_ASSERT( at.walks( *this ) );
       return at && at->linked() ? unlink( *at ) : nullptr;
    }
    void deleteAll() { table_.clear(); }

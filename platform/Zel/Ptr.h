@@ -21,6 +21,10 @@ namespace Zel {
 struct AdoptReference {};
 inline constexpr AdoptReference adoptReference{};
 
+/// Whether a pointer to From is also one to To.
+template < class From, class To >
+concept PointsTo = std::convertible_to< From*, To* >;
+
 template < class T >
 class Ptr {
  public:
@@ -36,11 +40,10 @@ class Ptr {
    Ptr( T* object, AdoptReference ) : object_( object ) {}
    Ptr( const Ptr& other ) : Ptr( other.object_ ) {}
    Ptr( Ptr&& other ) noexcept : object_( std::exchange( other.object_, nullptr ) ) {}
-   template < class U >
-   requires std::convertible_to< U*, T* > Ptr( const Ptr< U >& other ) : Ptr( other.get() ) {}
-   template < class U >
-   requires std::convertible_to< U*, T* > Ptr( Ptr< U >&& other )
-   noexcept : object_( other.release() ) {}
+   template < PointsTo< T > U >
+   Ptr( const Ptr< U >& other ) : Ptr( other.get() ) {}
+   template < PointsTo< T > U >
+   Ptr( Ptr< U >&& other ) noexcept : object_( other.release() ) {}
    ~Ptr() {
       if ( object_ ) {
          object_->zelReferenceDec();

@@ -86,6 +86,7 @@ class RbTreeMap {
    /// Requires: no element equals the node's key (asserted).
    void insert( Ptr< Node > node ) {
       RbNode* parent = nullptr;
+      const Node* before = nullptr;
       auto side = RbTree::Side::Left;
       for ( RbNode* at = tree_.root(); at; ) {
          parent = at;
@@ -93,9 +94,12 @@ class RbTreeMap {
          ZEL_ASSERT( !( node->key() == stored ) );
          const bool less = node->key() < stored;
          side = less ? RbTree::Side::Left : RbTree::Side::Right;
+         before = less ? before : typed( at );
          at = less ? RbTree::left( *at ) : RbTree::right( *at );
       }
       if constexpr ( HasTwins< Key > ) {
+         // An equal element may stand off the way down; then what stands before is its twin.
+         ZEL_ASSERT( !before || before->key() < node->key() || !findNode( node->key() ) );
          node->zelArrival = ++arrivals_;
       }
       tree_.linkAt( parent, side, std::move( node ) );
@@ -111,8 +115,10 @@ class RbTreeMap {
       const Node* node = findNode( key );
       return node ? unlink( *node ) : nullptr;
    }
-   /// Takes the iterator's element out; null at the end or when it is gone already.
+   /// Takes the iterator's element out; null at the end or when it is gone already. Requires: the
+   /// iterator walks this collection (asserted).
    Ptr< Node > del( const Iterator& at ) {
+      ZEL_ASSERT( at.walks( *this ) );
       return at && at->linked() ? unlink( *at ) : nullptr;
    }
    void deleteAll() { tree_.clear(); }

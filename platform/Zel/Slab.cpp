@@ -52,7 +52,8 @@ Slab::addChunk() {
    const std::size_t least = std::max< std::size_t >( 1, kFirstChunkBytes / cellSize_ );
    const std::size_t most = std::max< std::size_t >( 1, kLargestChunkBytes / cellSize_ );
    const std::size_t cells = std::clamp( chunkCells_ * 2, least, most );
-   auto* chunk = static_cast< std::byte* >( ::operator new( cells* cellSize_ ) );
+   const std::size_t bytes = cells * cellSize_;
+   auto* chunk = static_cast< std::byte* >( ::operator new( bytes ) );
    chunkCells_ = cells;
    // Threaded from the back, so that cells are handed out in the order of their addresses.
    for ( std::size_t i = cells; i-- > 0; ) {

@@ -20,17 +20,17 @@ operator<<( std::ostream& out, const String& s ) {
 }
 
 String
-valueToStrep( bool value ) {
-   return value ? "true" : "false";
-}
-
-String
 valueToStrep( std::uint64_t value ) {
    return std::to_string( value );
 }
 
 String
 valueToStrep( const String& value ) {
+   return value;
+}
+
+String
+valueToStrep( const char* value ) {
    return value;
 }
 

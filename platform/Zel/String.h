@@ -50,6 +50,7 @@ class StringIterator {
 class String {
  public:
    String() = default;
+   /// Requires: `text` is not null.
    String( const char* text ) : text_( text ) {}
    String( std::string text ) : text_( std::move( text ) ) {}
    String( std::string_view text ) : text_( text ) {}
@@ -76,13 +77,18 @@ class String {
    std::string text_;
 };
 
-ZEL_EXPORT String valueToStrep( bool value );
 ZEL_EXPORT String valueToStrep( std::uint64_t value );
 ZEL_EXPORT String valueToStrep( const String& value );
+ZEL_EXPORT String valueToStrep( const char* value );
+/// A number, or "true" and "false". A template, so that no pointer turns into a bool.
 template < std::unsigned_integral T >
 String
 valueToStrep( T value ) {
-   return valueToStrep( static_cast< std::uint64_t >( value ) );
+   if constexpr ( std::same_as< T, bool > ) {
+      return value ? "true" : "false";
+   } else {
+      return valueToStrep( std::uint64_t{ value } );
+   }
 }
 
 /// Replaces each "%s" of `pattern` by the next argument and "%%" by a percent sign. Asserts

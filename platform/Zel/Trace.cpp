@@ -78,7 +78,15 @@ parseLevels( StringIterator& current, StringIterator end ) {
       unsigned to = from;
       if ( !( current == end ) && *current == '-' ) {
          ++current;
+         const StringIterator second = current;
          to = parseLevel( current, end );
+         if ( to < from ) {
+            throw ParseException( "expected a level from " + std::to_string( from ) + " to " +
+                                     std::to_string( kHighestLevel ) + ", found " +
+                                     std::to_string( to ) + " at offset " +
+                                     std::to_string( second.offset() ),
+                                  second.offset() );
+         }
       }
       mask |= levelsFromTo( from, to );
       if ( current == end || *current != ',' ) {
