@@ -41,9 +41,8 @@ VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSmIs(
    const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
    const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
    const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir ) {
-   return Zel::newEntity< VlanMappingScaleSlaveSm >( acsd, clock, bridgingConfig,
-                                                     vlanXlateStatusDir, vlanRangeEntryDir,
-                                                     vlanXlateScheduleDir );
+   return Zel::newEntity< VlanMappingScaleSlaveSm >(
+      acsd, clock, bridgingConfig, vlanXlateStatusDir, vlanRangeEntryDir, vlanXlateScheduleDir );
 }
 
 void
@@ -69,8 +68,7 @@ VlanMappingScaleSlaveSm::handleInitialized() {
 }
 
 Zel::Ptr< MoxVlanRangeMgr >
-VlanMappingScaleSlaveSm::vlanRangeMgrIs(
-   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir ) {
+VlanMappingScaleSlaveSm::vlanRangeMgrIs( const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir ) {
    if ( !vlanRangeMgr_ || !( vlanRangeMgr_->vlanRangeEntryDir() == vlanRangeEntryDir ) ) {
       vlanRangeMgr_ = moxVlanRangeMgrFactory( vlanRangeEntryDir );
    }
@@ -130,15 +128,14 @@ VlanMappingScaleSlaveSm::doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey )
 }
 
 Zel::Ptr< VlanMappingScaleSlaveSm >
-vlanMappingScaleSlaveSmFactory(
-   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
-   const Zel::Ptr< const Bridging::Config >& bridgingConfig,
-   const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
-   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
-   const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir ) {
+vlanMappingScaleSlaveSmFactory( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
+                                const Zel::Ptr< const Zel::Clock >& clock,
+                                const Zel::Ptr< const Bridging::Config >& bridgingConfig,
+                                const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
+                                const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
+                                const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir ) {
    return VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSmIs(
-      acsd, clock, bridgingConfig, vlanXlateStatusDir, vlanRangeEntryDir,
-      vlanXlateScheduleDir );
+      acsd, clock, bridgingConfig, vlanXlateStatusDir, vlanRangeEntryDir, vlanXlateScheduleDir );
 }
 
 }   // namespace MoxVlanMapping

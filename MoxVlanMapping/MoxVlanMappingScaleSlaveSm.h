@@ -30,12 +30,13 @@ class ZEL_EXPORT VlanMappingScaleSlaveSm : public Mox::VlanMappingSlaveSm {
  public:
    static constexpr const char* zelTypeName = "MoxVlanMapping::VlanMappingScaleSlaveSm";
    /// Requires: `acsd`, `vlanRangeEntryDir` and `vlanXlateScheduleDir` are set.
-   static Zel::Ptr< VlanMappingScaleSlaveSm > VlanMappingScaleSlaveSmIs(
-      const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
-      const Zel::Ptr< const Bridging::Config >& bridgingConfig,
-      const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
-      const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
-      const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir );
+   static Zel::Ptr< VlanMappingScaleSlaveSm >
+   VlanMappingScaleSlaveSmIs( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
+                              const Zel::Ptr< const Zel::Clock >& clock,
+                              const Zel::Ptr< const Bridging::Config >& bridgingConfig,
+                              const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
+                              const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
+                              const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir );
 
    void hasNotificationActiveIs( bool active ) override;
    Zel::TypeHandle fwkType() const override;
@@ -80,11 +81,12 @@ class ZEL_EXPORT VlanMappingScaleSlaveSm : public Mox::VlanMappingSlaveSm {
    Zel::Ptr< MoxVlanRangeMgr > vlanRangeMgr_;
 };
 
-ZEL_EXPORT Zel::Ptr< VlanMappingScaleSlaveSm > vlanMappingScaleSlaveSmFactory(
-   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
-   const Zel::Ptr< const Bridging::Config >& bridgingConfig,
-   const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
-   const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
-   const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir );
+ZEL_EXPORT Zel::Ptr< VlanMappingScaleSlaveSm >
+vlanMappingScaleSlaveSmFactory( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
+                                const Zel::Ptr< const Zel::Clock >& clock,
+                                const Zel::Ptr< const Bridging::Config >& bridgingConfig,
+                                const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir,
+                                const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
+                                const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir );
 
 }   // namespace MoxVlanMapping

@@ -44,12 +44,10 @@ class Event {
 constinit Event< 5 > alreadyInitialized( "handleInitialized",
                                          "handleInitialized Already Initialized", 16 );
 constinit Event< 5 > notInitialized( "drainBacklog", "drainBacklog Not Initialized", 33 );
-constinit Event< 5 > codefCompleted( "drainBacklog", "drainBacklog Marking codef completed",
-                                     40 );
+constinit Event< 5 > codefCompleted( "drainBacklog", "drainBacklog Marking codef completed", 40 );
 constinit Event< 6, "i" >
    yielding( "drainBacklog", "drainBacklog yeilding with pending vlanXlate backlogs: %s", 53 );
-constinit Event< 5, "i" > pendingWork( "drainBacklog", "drainBacklog pending work count: %s",
-                                       59 );
+constinit Event< 5, "i" > pendingWork( "drainBacklog", "drainBacklog pending work count: %s", 59 );
 
 // Keeps the task's counters true also when a run is left by an exception.
 class RunAccount {
@@ -74,8 +72,7 @@ class RunAccount {
 }   // namespace
 
 MoxVlanRangeMappingCodef::MoxVlanRangeMappingCodef(
-   const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
-   const Zel::Ptr< Quen::TaskScheduler >& scheduler,
+   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< Quen::TaskScheduler >& scheduler,
    const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir,
    const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir )
     : acsd_( acsd ? Zel::newEntity< ZelAcsd >( acsd, this ) : nullptr ),

@@ -62,8 +62,8 @@ MoxVlanRangeMgr::isVidInRange( const VlanRangeXlateMapping& range, VlanId vid ) 
 bool
 MoxVlanRangeMgr::isVidAndDot1qInUpperBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-              " intfId: ", intfId, " inVlanId: ", vid, " mapping: ", mapping );
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange", " intfId: ", intfId,
+              " inVlanId: ", vid, " mapping: ", mapping );
    const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
    const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
    if ( !uBoundIter ) {
@@ -81,8 +81,8 @@ MoxVlanRangeMgr::isVidAndDot1qInUpperBoundRange( IntfId intfId, VlanId vid,
 bool
 MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
-              " intfId: ", intfId, " inVlanId: ", vid, " mapping: ", mapping );
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " intfId: ", intfId,
+              " inVlanId: ", vid, " mapping: ", mapping );
    const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
    const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
    if ( !lBoundIter ) {
@@ -99,8 +99,8 @@ MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
 // The assertions below name their variables in what they print; those names are kept on purpose.
 void
 MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mapping ) {
-   ZEL_TRACE( trace, kArguments, __LINE__, "addVlanToIdx", " intfId: ", intfId,
-              " vlanId: ", vid, " mapping: ", mapping );
+   ZEL_TRACE( trace, kArguments, __LINE__, "addVlanToIdx", " intfId: ", intfId, " vlanId: ", vid,
+              " mapping: ", mapping );
    const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
    if ( isVidAndDot1qInLowerBoundRange( intfId, vid, mapping ) ||
         isVidAndDot1qInUpperBoundRange( intfId, vid, mapping ) ) {
@@ -146,8 +146,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       lowVid = lBoundRange.lowVid();
    } else {
-      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
-                 " vid not present in prev and cur: " );
+      ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
       vlanRangeEntry->revSortedStartVidIs( vid.value(), true );
    }
    const VlanRangeXlateMapping newRange( lowVid, highVid, mapping );
@@ -197,15 +196,13 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " removing size 1 Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
    } else if ( vid == vidRange.lowVid() ) {
-      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange",
-                 " remove lowVid from Range " );
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove lowVid from Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
       const VlanId above( vid.value() + 1u );
       vlanRangeEntry->vlanIdRangeIs( { above, vidRange.highVid(), vidRange.mapping() } );
       vlanRangeEntry->revSortedStartVidIs( above.value(), true );
    } else if ( vid == vidRange.highVid() ) {
-      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange",
-                 " remove highVid from Range " );
+      ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove highVid from Range " );
       const VlanId below( vid.value() - 1u );
       vlanRangeEntry->vlanIdRangeIs( { vidRange.lowVid(), below, vidRange.mapping() } );
    } else {

@@ -87,8 +87,7 @@ class ZEL_EXPORT ReverseStartIdVlanId {
    friend constexpr bool operator==( const ReverseStartIdVlanId&,
                                      const ReverseStartIdVlanId& ) = default;
    /// Higher numbers first.
-   friend constexpr bool operator<( const ReverseStartIdVlanId& a,
-                                    const ReverseStartIdVlanId& b ) {
+   friend constexpr bool operator<( const ReverseStartIdVlanId& a, const ReverseStartIdVlanId& b ) {
       return a.value_ > b.value_;
    }
    constexpr std::uint32_t hash() const { return Zel::singleAttrHash( value_, 0 ); }

@@ -131,8 +131,7 @@ VlanXlateScheduleDir::vlanXlateScheduleDel( Corvel::IntfId intfId ) {
 
 void
 VlanXlateScheduleDir::vlanXlateScheduleDelAll() {
-   const Zel::Ptr< VlanXlateScheduleDir > self(
-      this );   // a reactor may drop the last other one
+   const Zel::Ptr< VlanXlateScheduleDir > self( this );   // a reactor may drop the last other one
    for ( auto at = vlanXlateSchedule_.first(); at; ++at ) {
       vlanXlateScheduleDel( at->key() );
    }

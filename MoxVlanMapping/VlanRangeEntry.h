@@ -34,8 +34,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    /// Element of vlanIdRange; its key is the range's own lowVid.
    class ZelVlanIdRange : public Zel::RbTreeNode< Bridging::VlanId > {
     public:
-      static constexpr const char* zelTypeName =
-         "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
+      static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
 
       Bridging::VlanId key() const { return value_.lowVid(); }
       const VlanRangeXlateMapping& value() const { return value_; }
@@ -60,8 +59,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
       void valueIs( bool value ) { value_ = value; }
 
     protected:
-      ZelRevSortedStartVid( ReverseStartIdVlanId key, bool value )
-          : key_( key ), value_( value ) {}
+      ZelRevSortedStartVid( ReverseStartIdVlanId key, bool value ) : key_( key ), value_( value ) {}
 
     private:
       const ReverseStartIdVlanId key_;

@@ -93,9 +93,7 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
 };
 
 struct VlanXlateScaleEntryKeyFunktor {
-   Corvel::IntfId operator()( const VlanXlateScaleEntry& entry ) const {
-      return entry.intfId();
-   }
+   Corvel::IntfId operator()( const VlanXlateScaleEntry& entry ) const { return entry.intfId(); }
 };
 
 /// The scale entries of all interfaces that were sorted. All O(1) on average.

@@ -34,8 +34,7 @@ shownFile( const Options& options ) {
 void
 printUnused( const Configuration& configuration ) {
    for ( const UnusedMember& member : configuration.unused ) {
-      fmt::print( stderr, "not used: {} ({}x): {}\n", member.path, member.count,
-                  member.reason );
+      fmt::print( stderr, "not used: {} ({}x): {}\n", member.path, member.count, member.reason );
    }
 }
 
@@ -107,8 +106,7 @@ checkCommand( const Options& options ) {
       fmt::print( "{}\n", finding.text() );
    }
    if ( !result.configuration ) {
-      fmt::print( stderr, "{}: {}\n", shownFile( options ),
-                  findings( result.findings.size() ) );
+      fmt::print( stderr, "{}: {}\n", shownFile( options ), findings( result.findings.size() ) );
       return kExitFindings;
    }
    if ( options.verbose ) {
@@ -161,8 +159,8 @@ showPortCommand( const Options& options ) {
       return kExitUnusable;
    }
    const PortReport& port = report->ports.front();
-   fmt::print( "{}", options.json ? portJson( port, options.order )
-                                  : portText( port, options.order ) );
+   fmt::print( "{}",
+               options.json ? portJson( port, options.order ) : portText( port, options.order ) );
    return kExitClean;
 }
 

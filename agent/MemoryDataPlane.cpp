@@ -13,9 +13,9 @@ namespace Agent {
 void
 MemoryDataPlane::portProgramIs( Corvel::IntfId port, PortProgram program ) {
    if ( program.ranges.size() > rangeEntriesPerPort_ ) {
-      throw std::length_error(
-         fmt::format( "port {}: {} ranges do not fit into {} range entries", port.value(),
-                      program.ranges.size(), rangeEntriesPerPort_ ) );
+      throw std::length_error( fmt::format( "port {}: {} ranges do not fit into {} range entries",
+                                            port.value(), program.ranges.size(),
+                                            rangeEntriesPerPort_ ) );
    }
    programs_[ port ] = std::move( program );
 }

@@ -8,8 +8,7 @@
 namespace Agent {
 
 RangeProgrammer::RangeProgrammer(
-   const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
-   const Zel::Ptr< Quen::TaskScheduler >& scheduler,
+   const Zel::Ptr< Mox::MoxCommonSmData >& acsd, const Zel::Ptr< Quen::TaskScheduler >& scheduler,
    const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir >& vlanRangeEntryDir,
    const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir >& vlanXlateScheduleDir,
    DataPlane& dataPlane )

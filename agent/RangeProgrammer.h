@@ -31,12 +31,11 @@ class RangeProgrammer : public MoxVlanMapping::MoxVlanRangeMappingCodef {
 
  protected:
    /// `dataPlane` outlives this object.
-   RangeProgrammer(
-      const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
-      const Zel::Ptr< Quen::TaskScheduler >& scheduler,
-      const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir >& vlanRangeEntryDir,
-      const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir >& vlanXlateScheduleDir,
-      DataPlane& dataPlane );
+   RangeProgrammer( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
+                    const Zel::Ptr< Quen::TaskScheduler >& scheduler,
+                    const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir >& vlanRangeEntryDir,
+                    const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir >& vlanXlateScheduleDir,
+                    DataPlane& dataPlane );
    ~RangeProgrammer() override;
 
  private:

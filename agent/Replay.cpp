@@ -36,8 +36,8 @@ class Event {
    const std::string& text( std::string_view name ) const {
       const JsonValue& value = member( name );
       if ( !value.string() ) {
-         refuse( fmt::format( "\"{}\": {} is not allowed; allowed: a string", name,
-                              value.shown() ) );
+         refuse(
+            fmt::format( "\"{}\": {} is not allowed; allowed: a string", name, value.shown() ) );
       }
       return *value.string();
    }
@@ -94,16 +94,13 @@ class Player {
       return *agent_.stateMachine().vlanRangeMgr();
    }
 
-   Corvel::IntfId port( const Event& event ) {
-      return agent_.ports().id( event.text( "port" ) );
-   }
+   Corvel::IntfId port( const Event& event ) { return agent_.ports().id( event.text( "port" ) ); }
    Mox::PortVlanKey key( const Event& event ) { return { port( event ), vlan( event ) }; }
    static Bridging::VlanId vlan( const Event& event ) {
       return Bridging::VlanId::fromRaw( event.number( "vlan" ) );
    }
    Mox::MoxVlanMappingConfig record( const Event& event ) {
-      return agent_.record( event.text( "port" ), event.number( "vlan" ),
-                            event.number( "relay" ) );
+      return agent_.record( event.text( "port" ), event.number( "vlan" ), event.number( "relay" ) );
    }
 
  private:
@@ -155,9 +152,8 @@ hookDelEgress( Player& player, const Event& event ) {
 
 void
 indexAdd( Player& player, const Event& event ) {
-   player.rangeMgr().addVlanToIdx(
-      player.port( event ), Player::vlan( event ),
-      Bridging::VlanXlateMapping::fromRaw( event.number( "relay" ) ) );
+   player.rangeMgr().addVlanToIdx( player.port( event ), Player::vlan( event ),
+                                   Bridging::VlanXlateMapping::fromRaw( event.number( "relay" ) ) );
 }
 
 void
@@ -191,10 +187,9 @@ yieldPolicy( Player& player, const Event& event ) {
    } else if ( policy == "never" ) {
       player.agent().scheduler().yieldPolicyIs( Quen::YieldPolicy::Never );
    } else {
-      refuse(
-         fmt::format( "\"policy\": \"{}\" is not allowed; allowed: \"quantum\", \"always\", "
-                      "\"never\"",
-                      shownText( policy ) ) );
+      refuse( fmt::format( "\"policy\": \"{}\" is not allowed; allowed: \"quantum\", \"always\", "
+                           "\"never\"",
+                           shownText( policy ) ) );
    }
 }
 
@@ -267,8 +262,8 @@ operationNamed( const std::string& name ) {
       for ( const Operation& known : kOperations ) {
          names += fmt::format( "{}{}", names.empty() ? "" : ", ", known.name );
       }
-      refuse( fmt::format( "\"op\": \"{}\" is not allowed; allowed: {}", shownText( name ),
-                           names ) );
+      refuse(
+         fmt::format( "\"op\": \"{}\" is not allowed; allowed: {}", shownText( name ), names ) );
    }
    return *operation;
 }
@@ -284,8 +279,7 @@ carryOut( Player& player, const std::string& line, bool first ) {
    }
    const JsonObject& members = *parsed.value->object();
    if ( const auto duplicates = duplicateMembers( members ); !duplicates.empty() ) {
-      refuse(
-         fmt::format( "\"{}\" stands twice", shownText( duplicates.front().again->name ) ) );
+      refuse( fmt::format( "\"{}\" stands twice", shownText( duplicates.front().again->name ) ) );
    }
    const Event event( members );
    const Operation& operation = operationNamed( event.text( "op" ) );

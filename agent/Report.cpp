@@ -117,8 +117,7 @@ makeReport( const ScaleAgent& agent, const Configuration& configuration ) {
       }
       for ( const auto& element : scaleEntry->vidRangeSorted() ) {
          const std::size_t rank = row.ranges.size() + 1;
-         row.ranges.push_back( { element.key().lowVid().value(),
-                                 element.key().highVid().value(),
+         row.ranges.push_back( { element.key().lowVid().value(), element.key().highVid().value(),
                                  element.key().mapping().rawVlanId(), rank, std::nullopt } );
          if ( rank <= row.rangeEntries ) {
             row.ranges.back().rangeEntry = rank;
@@ -170,11 +169,11 @@ rangesText( const PortReport& port, RangeOrder order ) {
 
 std::string
 portText( const PortReport& port, RangeOrder order ) {
-   std::string text = fmt::format(
-      "{}: {} -> {} -> {} + {}\n", port.name, counted( port.mappings, "mapping", "mappings" ),
-      counted( port.ranges.size(), "range", "ranges" ),
-      counted( port.rangeEntries, "range entry", "range entries" ),
-      counted( port.exactEntries, "exact entry", "exact entries" ) );
+   std::string text = fmt::format( "{}: {} -> {} -> {} + {}\n", port.name,
+                                   counted( port.mappings, "mapping", "mappings" ),
+                                   counted( port.ranges.size(), "range", "ranges" ),
+                                   counted( port.rangeEntries, "range entry", "range entries" ),
+                                   counted( port.exactEntries, "exact entry", "exact entries" ) );
    if ( port.lag ) {
       text += fmt::format( "member of {}\n", *port.lag );
    }

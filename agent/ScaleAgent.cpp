@@ -26,8 +26,7 @@ Mox::MoxVlanMappingConfig
 ScaleAgent::record( const std::string& port, std::uint16_t vlan, std::uint16_t translated ) {
    const Corvel::IntfId id = ports_.id( port );
    return { Mox::PortVlanKey( id, Bridging::VlanId::fromRaw( vlan ) ),
-            Bridging::VlanXlateMapping::fromRaw( translated ),
-            acsd_->portToLag().contains( id ) };
+            Bridging::VlanXlateMapping::fromRaw( translated ), acsd_->portToLag().contains( id ) };
 }
 
 }   // namespace Agent

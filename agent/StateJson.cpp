@@ -111,8 +111,7 @@ statusJson( const ScaleAgent& agent ) {
    std::vector< Row > rows;
    for ( const auto& element : agent.acsd().statusDir()->status() ) {
       rows.emplace_back( agent.ports().name( element.key().intfId() ),
-                         element.key().vlanId().value(),
-                         element.record().mapping().rawVlanId() );
+                         element.key().vlanId().value(), element.record().mapping().rawVlanId() );
    }
    std::ranges::sort( rows );
    return rows;
@@ -124,16 +123,16 @@ std::string
 stateJson( ScaleAgent& agent ) {
    const RangeProgrammer::Progress progress = agent.programmer().takeProgress();
    const auto task = agent.programmer().task();
-   const json state{ { "codef",
-                       { { "completed", progress.completed },
-                         { "handed", namesOf( agent, progress.handed ) } } },
-                     { "ports", portsJson( agent ) },
-                     { "schedule", scheduleJson( agent ) },
-                     { "status", statusJson( agent ) },
-                     { "task",
-                       { { "pending", task->taskWorkPending() },
-                         { "scheduled", task->scheduled() },
-                         { "work", task->taskWorkCount() } } } };
+   const json state{
+      { "codef",
+        { { "completed", progress.completed }, { "handed", namesOf( agent, progress.handed ) } } },
+      { "ports", portsJson( agent ) },
+      { "schedule", scheduleJson( agent ) },
+      { "status", statusJson( agent ) },
+      { "task",
+        { { "pending", task->taskWorkPending() },
+          { "scheduled", task->scheduled() },
+          { "work", task->taskWorkCount() } } } };
    return state.dump();
 }
 

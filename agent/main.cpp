@@ -46,23 +46,21 @@ class CommandLine {
  public:
    CommandLine() {
       app_.require_subcommand( 1 );
-      app_.footer(
-         "Exit codes: 0 done, 1 check has findings, 2 input or command line unusable." );
+      app_.footer( "Exit codes: 0 done, 1 check has findings, 2 input or command line unusable." );
 
-      CLI::App* run = command( app_, "run", "apply a configuration and show what it took",
-                               Agent::runCommand );
+      CLI::App* run =
+         command( app_, "run", "apply a configuration and show what it took", Agent::runCommand );
       configurationFile( run );
       ranking( run );
       json( run );
 
-      CLI::App* check = command( app_, "check", "validate a configuration, apply nothing",
-                                 Agent::checkCommand );
+      CLI::App* check =
+         command( app_, "check", "validate a configuration, apply nothing", Agent::checkCommand );
       configurationFile( check );
 
       CLI::App* show = app_.add_subcommand( "show", "show what a configuration becomes" );
       show->require_subcommand( 1 );
-      CLI::App* ranges =
-         command( *show, "ranges", "one line per range", Agent::showRangesCommand );
+      CLI::App* ranges = command( *show, "ranges", "one line per range", Agent::showRangesCommand );
       configurationFile( ranges );
       ranking( ranges );
       rangeList( ranges );
@@ -129,8 +127,7 @@ class CommandLine {
       sub->add_option_function< std::string >(
             "--sort",
             [ this ]( const std::string& order ) {
-               options_.order =
-                  order == "vid" ? Agent::RangeOrder::Vid : Agent::RangeOrder::Size;
+               options_.order = order == "vid" ? Agent::RangeOrder::Vid : Agent::RangeOrder::Size;
             },
             "ranges by size (largest first) or vid" )
          ->check( CLI::IsMember( { "size", "vid" } ) );
@@ -154,8 +151,8 @@ int
 main( int argc, char** argv ) {
    try {
       const int exitCode = CommandLine().execute( argc, argv );
-      // What is still buffered would be lost without a word.
-      if ( !std::cout.flush() || std::fflush( stdout ) != 0 ) {
+      // Also flushes stdout; what it still holds would be lost without a word.
+      if ( !std::cout.flush() ) {
          throw std::runtime_error( "standard output cannot be written" );
       }
       return exitCode;

@@ -30,12 +30,10 @@ struct CloseFile {
 };
 
 ReadResult
-unusable( const std::string& file, std::size_t line, std::string problem,
-          std::string allowed ) {
+unusable( const std::string& file, std::size_t line, std::string problem, std::string allowed ) {
    ReadResult result;
    result.unusable = true;
-   result.findings.push_back(
-      { file, line, "", "", std::move( problem ), std::move( allowed ) } );
+   result.findings.push_back( { file, line, "", "", std::move( problem ), std::move( allowed ) } );
    return result;
 }
 
@@ -53,9 +51,8 @@ readAll( std::FILE* input, std::string& text ) {
          return "is larger than 256 MiB";
       }
       if ( got < kChunk ) {
-         return std::ferror( input )
-                 ? "cannot be read: " + std::generic_category().message( error )
-                 : std::string();
+         return std::ferror( input ) ? "cannot be read: " + std::generic_category().message( error )
+                                     : std::string();
       }
    }
 }
@@ -77,8 +74,8 @@ readConfiguration( const std::string& path ) {
    if ( !standardInput ) {
       opened.reset( std::fopen( path.c_str(), "rbe" ) );
       if ( !opened ) {
-         return unusable( file, 0,
-                          "cannot be opened: " + std::generic_category().message( errno ), "" );
+         return unusable( file, 0, "cannot be opened: " + std::generic_category().message( errno ),
+                          "" );
       }
    }
    std::string text;
@@ -101,8 +98,7 @@ readConfigurationText( const std::string& file, std::string_view text ) {
                                "ietf-interfaces:interfaces and ieee802-dot1q-bridge:bridges";
    const JsonObject* object = root.object();
    if ( !object ) {
-      return unusable( file, root.line,
-                       "unknown format: the text is " + std::string( root.kind() ),
+      return unusable( file, root.line, "unknown format: the text is " + std::string( root.kind() ),
                        "an object with " + formats );
    }
    const bool openConfig = hasAny( *object, kOpenConfigMembers );
@@ -117,8 +113,7 @@ readConfigurationText( const std::string& file, std::string_view text ) {
    const Place top( root );
    for ( const JsonMember& member : *object ) {
       if ( member.name.find( ':' ) == std::string::npos ) {
-         document.finding( Place( top, member ), "",
-                           "the top-level member lacks its module name",
+         document.finding( Place( top, member ), "", "the top-level member lacks its module name",
                            "names of the form MODULE:NAME" );
       }
    }

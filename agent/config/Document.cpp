@@ -39,8 +39,8 @@ Document::finding( const Place& where, std::string value, std::string problem,
 void
 Document::missing( const Place& parent, std::string_view leaf, std::string_view allowed ) {
    std::string path = parent.path() + '/' + std::string( leaf );
-   findings_.push_back( { file_, parent.value().line, std::move( path ), "", "is missing",
-                          std::string( allowed ) } );
+   findings_.push_back(
+      { file_, parent.value().line, std::move( path ), "", "is missing", std::string( allowed ) } );
 }
 
 void
@@ -53,8 +53,7 @@ Document::unused( const Place& where, std::string_view reason, std::size_t count
    if ( count == 0 ) {
       return;
    }
-   const auto [ at, fresh ] =
-      unusedAt_.try_emplace( { where.pattern(), reason }, unused_.size() );
+   const auto [ at, fresh ] = unusedAt_.try_emplace( { where.pattern(), reason }, unused_.size() );
    if ( fresh ) {
       unused_.push_back( { at->first.first, 0, std::string( reason ) } );
    }
@@ -165,8 +164,7 @@ Document::identity( const Place& leaf, const IdentitySet& identities ) {
       return std::nullopt;
    }
    if ( !hasPrefix && leaf.module() != identities.module ) {
-      finding( leaf, "lacks its module name",
-               fmt::format( "\"{}:{}\"", identities.module, name ) );
+      finding( leaf, "lacks its module name", fmt::format( "\"{}:{}\"", identities.module, name ) );
       return std::nullopt;
    }
    return *at;
@@ -252,10 +250,9 @@ keyOfEntry( const JsonValue& entry, std::string_view module, std::string_view ke
    if ( !object ) {
       return nullptr;
    }
-   const auto at =
-      std::find_if( object->begin(), object->end(), [ & ]( const JsonMember& member ) {
-         return withoutModule( member.name, module ) == keyName;
-      } );
+   const auto at = std::find_if( object->begin(), object->end(), [ & ]( const JsonMember& member ) {
+      return withoutModule( member.name, module ) == keyName;
+   } );
    return at != object->end() && at->value.isScalar() ? &at->value : nullptr;
 }
 

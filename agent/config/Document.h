@@ -78,8 +78,7 @@ class Document {
    std::optional< std::string_view > enumeration( const Place& leaf,
                                                   std::span< const std::string_view > names );
    // The identity without prefix.
-   std::optional< std::string_view > identity( const Place& leaf,
-                                               const IdentitySet& identities );
+   std::optional< std::string_view > identity( const Place& leaf, const IdentitySet& identities );
 
    // --- results
 
@@ -137,8 +136,7 @@ const JsonValue* keyOfEntry( const JsonValue& entry, std::string_view module,
 // Reports a value that is no array and calls `each( Place )`.
 template < typename Each >
 void
-forEachEntry( Document& document, const Place& list, std::string_view keyName,
-              const Each& each ) {
+forEachEntry( Document& document, const Place& list, std::string_view keyName, const Each& each ) {
    const JsonArray* entries = list.value().array();
    if ( !entries ) {
       document.wrongType( list, "an array, one object for each entry" );

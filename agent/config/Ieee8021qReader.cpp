@@ -24,15 +24,14 @@ constexpr std::string_view kEnableEgress = "enable-egress-vid-translation-table"
 constexpr std::string_view kIngressOff = "enable-vid-translation-table is false";
 constexpr std::string_view kEgressOff = "enable-egress-vid-translation-table is false";
 
-constexpr std::string_view kBridgeTypeNames[] = { "customer-vlan-bridge", "provider-bridge",
-                                                  "provider-edge-bridge",
-                                                  "two-port-mac-relay-bridge" };
+constexpr std::string_view kBridgeTypeNames[] = {
+   "customer-vlan-bridge", "provider-bridge", "provider-edge-bridge", "two-port-mac-relay-bridge" };
 constexpr IdentitySet kBridgeTypes = {
    kModule, kBridgeTypeNames,
    "customer-vlan-bridge, provider-bridge, provider-edge-bridge, two-port-mac-relay-bridge" };
 
-constexpr std::string_view kComponentTypeNames[] = {
-   "c-vlan-component", "s-vlan-component", "d-bridge-component", "edge-relay-component" };
+constexpr std::string_view kComponentTypeNames[] = { "c-vlan-component", "s-vlan-component",
+                                                     "d-bridge-component", "edge-relay-component" };
 constexpr IdentitySet kComponentTypes = {
    kModule, kComponentTypeNames,
    "c-vlan-component, s-vlan-component, d-bridge-component, edge-relay-component" };
@@ -78,8 +77,8 @@ bool
 isMacAddress( std::string_view text ) {
    constexpr std::size_t kLength = 17;
    for ( std::size_t i = 0; i < text.size(); ++i ) {
-      const bool fits = i % 3 == 2 ? text[ i ] == '-'
-                                   : std::isxdigit( static_cast< unsigned char >( text[ i ] ) );
+      const bool fits =
+         i % 3 == 2 ? text[ i ] == '-' : std::isxdigit( static_cast< unsigned char >( text[ i ] ) );
       if ( !fits ) {
          return false;
       }
@@ -211,12 +210,11 @@ class Ieee8021qReader {
             readIdentity( members.require( "type", kInterfaceTypes.allowed ), kInterfaceTypes );
          if ( const auto bridgePort = members.take( "ieee802-dot1q-bridge:bridge-port" ) ) {
             if ( !type.empty() &&
-                 std::find( std::begin( kBridgePortTypes ), std::end( kBridgePortTypes ),
-                            type ) == std::end( kBridgePortTypes ) ) {
-               document_.finding(
-                  *bridgePort, "",
-                  fmt::format( "an interface of type {} is no bridge port", type ),
-                  "types bridge, ethernetCsmacd, ieee8023adLag, ilan" );
+                 std::find( std::begin( kBridgePortTypes ), std::end( kBridgePortTypes ), type ) ==
+                    std::end( kBridgePortTypes ) ) {
+               document_.finding( *bridgePort, "",
+                                  fmt::format( "an interface of type {} is no bridge port", type ),
+                                  "types bridge, ethernetCsmacd, ieee8023adLag, ilan" );
             }
             readBridgePort( *bridgePort, port );
          }
@@ -276,18 +274,15 @@ class Ieee8021qReader {
       if ( componentLeaf && !bridgeLeaf ) {
          document_.missing( members.place(), "bridge-name", "the bridge of component-name" );
       } else if ( bridgeLeaf && !componentLeaf && table ) {
-         document_.missing( members.place(), "component-name",
-                            "the component that translates" );
+         document_.missing( members.place(), "component-name", "the component that translates" );
       }
       const auto bridge = readReference( bridgeLeaf, bridges_, "names no bridge of this file" );
       if ( !bridge ) {
          return;
       }
-      const auto type =
-         readReference( componentLeaf, *bridge, "names no component of the bridge" );
+      const auto type = readReference( componentLeaf, *bridge, "names no component of the bridge" );
       if ( table && type && *type == "d-bridge-component" ) {
-         document_.finding( *table, "",
-                            "a port of a d-bridge-component has no translation table",
+         document_.finding( *table, "", "a port of a d-bridge-component has no translation table",
                             "components of another type" );
       }
    }
@@ -334,8 +329,7 @@ class Ieee8021qReader {
    }
 
    // All good entries in file order. `oneToOne` refuses a second key for one value.
-   std::vector< TableEntry > readTable( const Place& list, const TableKind& kind,
-                                        bool oneToOne ) {
+   std::vector< TableEntry > readTable( const Place& list, const TableKind& kind, bool oneToOne ) {
       std::vector< TableEntry > entries;
       SeenVlans keys;
       SeenVlans values;

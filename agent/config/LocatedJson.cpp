@@ -217,15 +217,11 @@ struct ShownVisitor {
    std::string operator()( bool value ) const { return value ? "true" : "false"; }
    std::string operator()( std::int64_t value ) const { return std::to_string( value ); }
    std::string operator()( std::uint64_t value ) const { return std::to_string( value ); }
-   std::string operator()( const JsonDecimal& decimal ) const {
-      return shownText( decimal.text );
-   }
+   std::string operator()( const JsonDecimal& decimal ) const { return shownText( decimal.text ); }
    std::string operator()( const std::string& text ) const {
       return fmt::format( "\"{}\"", shownText( text ) );
    }
-   std::string operator()( const JsonArray& array ) const {
-      return array.empty() ? "[]" : "[...]";
-   }
+   std::string operator()( const JsonArray& array ) const { return array.empty() ? "[]" : "[...]"; }
    std::string operator()( const JsonObject& object ) const {
       return object.empty() ? "{}" : "{...}";
    }
@@ -237,8 +233,7 @@ bool
 JsonValue::isInteger() const {
    const auto* decimal = std::get_if< JsonDecimal >( &data );
    return std::holds_alternative< std::uint64_t >( data ) ||
-          std::holds_alternative< std::int64_t >( data ) ||
-          ( decimal && isIntegral( *decimal ) );
+          std::holds_alternative< std::int64_t >( data ) || ( decimal && isIntegral( *decimal ) );
 }
 
 std::string_view
@@ -273,8 +268,7 @@ parseJson( std::string_view text ) {
 std::string_view
 withoutModule( std::string_view name, std::string_view module ) {
    const bool qualified = !module.empty() && name.size() > module.size() &&
-                          name[ module.size() ] == ':' &&
-                          name.substr( 0, module.size() ) == module;
+                          name[ module.size() ] == ':' && name.substr( 0, module.size() ) == module;
    return qualified ? name.substr( module.size() + 1 ) : name;
 }
 
@@ -308,8 +302,7 @@ withoutControls( std::string_view text ) {
    std::string out;
    for ( std::size_t i = 0; i < text.size(); ++i ) {
       const auto byte = static_cast< unsigned char >( text[ i ] );
-      const auto next =
-         static_cast< unsigned char >( i + 1 < text.size() ? text[ i + 1 ] : '\0' );
+      const auto next = static_cast< unsigned char >( i + 1 < text.size() ? text[ i + 1 ] : '\0' );
       if ( byte < 0x20 || byte == 0x7f ) {
          fmt::format_to( std::back_inserter( out ), "\\u{:04x}", byte );
       } else if ( byte == 0xc2 && next >= 0x80 && next < 0xa0 ) {

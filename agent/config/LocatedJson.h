@@ -48,9 +48,7 @@ struct JsonValue {
    const JsonArray* array() const { return std::get_if< JsonArray >( &data ); }
    const JsonObject* object() const { return std::get_if< JsonObject >( &data ); }
    // Zero or more; null for any other number.
-   const std::uint64_t* unsignedInteger() const {
-      return std::get_if< std::uint64_t >( &data );
-   }
+   const std::uint64_t* unsignedInteger() const { return std::get_if< std::uint64_t >( &data ); }
 
    // Whether this is a number without fraction and exponent, whatever its size.
    bool isInteger() const;

@@ -224,8 +224,7 @@ class OpenConfigReader {
       }
    }
 
-   void addEgress( const Place& leaf, const Word& word, std::uint16_t relay,
-                   PortState& state ) {
+   void addEgress( const Place& leaf, const Word& word, std::uint16_t relay, PortState& state ) {
       Word& first = state.egress[ relay ];
       if ( first.line == 0 ) {
          first = word;
@@ -377,8 +376,7 @@ class OpenConfigReader {
          document_.finding( *actionLeaf, "is not supported by this agent", kSwap );
       }
       const bool swaps = action == kSwap;
-      const auto vlanLeaf =
-         swaps ? inner.require( "vlan-id", kVlanIds ) : inner.take( "vlan-id" );
+      const auto vlanLeaf = swaps ? inner.require( "vlan-id", kVlanIds ) : inner.take( "vlan-id" );
       const std::uint16_t vlan = document_.vlanId( vlanLeaf );
       if ( const auto leaf = inner.take( "tpid" ) ) {
          document_.identity( *leaf, kTpids );

@@ -29,18 +29,16 @@ std::uint32_t
 VlanXlateMapping::hash( std::uint32_t seed ) const {
    Zel::HashAccumulator accumulator( seed );
    accumulator.mix( static_cast< std::uint32_t >( rawVlanId_ << 16 | rawInnerVlanId_ ) );
-   accumulator.mix(
-      static_cast< std::uint32_t >( tpid_ << 16 | priority_ << 8 | dropEligible_ ) );
+   accumulator.mix( static_cast< std::uint32_t >( tpid_ << 16 | priority_ << 8 | dropEligible_ ) );
    return accumulator.result();
 }
 
 Zel::String
 valueToStrep( const VlanXlateMapping& mapping ) {
-   return Zel::format(
-      "Value('Bridging::VlanXlateMapping', ** {'vlanId': %s, 'innerVlanId': %s, "
-      "'tpid': %s, 'priority': %s, 'dropEligible': %s})",
-      mapping.rawVlanId(), mapping.rawInnerVlanId(), mapping.tpid(), mapping.priority(),
-      mapping.dropEligible() );
+   return Zel::format( "Value('Bridging::VlanXlateMapping', ** {'vlanId': %s, 'innerVlanId': %s, "
+                       "'tpid': %s, 'priority': %s, 'dropEligible': %s})",
+                       mapping.rawVlanId(), mapping.rawInnerVlanId(), mapping.tpid(),
+                       mapping.priority(), mapping.dropEligible() );
 }
 
 std::ostream&

@@ -29,8 +29,7 @@ class ZEL_EXPORT VlanXlateMapping {
    explicit constexpr VlanXlateMapping( VlanIdOrNone vlanId ) : rawVlanId_( vlanId.value() ) {}
    /// Parses the string form; the numbers are taken unchecked.
    VlanXlateMapping( Zel::StringIterator& current, Zel::StringIterator end );
-   static constexpr VlanXlateMapping fromRaw( std::uint16_t vlanId,
-                                              std::uint16_t innerVlanId = 0,
+   static constexpr VlanXlateMapping fromRaw( std::uint16_t vlanId, std::uint16_t innerVlanId = 0,
                                               std::uint16_t tpid = 0, std::uint8_t priority = 0,
                                               std::uint8_t dropEligible = 0 ) {
       VlanXlateMapping mapping;

@@ -21,8 +21,7 @@ class ZEL_EXPORT VlanXlateStatusDir : public Zel::PtrInterface {
 
    class ZelVlanXlateStatus : public Zel::HashSetNode< Corvel::IntfId > {
     public:
-      static constexpr const char* zelTypeName =
-         "Bridging::VlanXlateStatusDir::ZelVlanXlateStatus";
+      static constexpr const char* zelTypeName = "Bridging::VlanXlateStatusDir::ZelVlanXlateStatus";
 
     protected:
       using HashSetNode::HashSetNode;

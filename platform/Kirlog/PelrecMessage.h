@@ -40,9 +40,7 @@ struct PelrecTypes {
    char text[ size ] = {};
 
    // Not explicit: a literal in the template argument list is meant to become one.
-   consteval PelrecTypes( const char ( &literal )[ size ] ) {
-      std::copy_n( literal, size, text );
-   }
+   consteval PelrecTypes( const char ( &literal )[ size ] ) { std::copy_n( literal, size, text ); }
    constexpr std::string_view view() const { return { text, size - 1 }; }
 };
 
@@ -140,8 +138,7 @@ class PelrecMessage {
       if constexpr ( std::is_arithmetic_v< Raw > ) {
          record.put( raw );
       } else {
-         record.put( std::string_view( raw ),
-                     pelrecLeastBytes( types.view().substr( index ) ) );
+         record.put( std::string_view( raw ), pelrecLeastBytes( types.view().substr( index ) ) );
       }
    }
 

@@ -45,13 +45,9 @@ class ZEL_EXPORT MoxCommonSmData : public Zel::PtrInterface {
    using PortToLagMap = Zel::HashMap2018< ZelPortToLag, 0x1b84f06d >;
 
    /// Mappings applied to frames that enter a port: VLAN id on the wire to VLAN id inside.
-   const Zel::Ptr< MoxVlanMappingConfigDir >& ingressConfigDir() const {
-      return ingressConfigDir_;
-   }
+   const Zel::Ptr< MoxVlanMappingConfigDir >& ingressConfigDir() const { return ingressConfigDir_; }
    /// Mappings applied to frames that leave a port: VLAN id inside to VLAN id on the wire.
-   const Zel::Ptr< MoxVlanMappingConfigDir >& egressConfigDir() const {
-      return egressConfigDir_;
-   }
+   const Zel::Ptr< MoxVlanMappingConfigDir >& egressConfigDir() const { return egressConfigDir_; }
    const Zel::Ptr< MoxVlanMappingStatusDir >& statusDir() const { return statusDir_; }
 
    /// The ports that are members of a link aggregate.

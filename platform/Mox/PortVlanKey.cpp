@@ -15,8 +15,8 @@ PortVlanKey::PortVlanKey( Zel::StringIterator& current, Zel::StringIterator end 
    Zel::parseLiteral( current, end, "Value('Mox::PortVlanKey', ** {'intfId': " );
    intfId_ = Zel::parseAttribute< Corvel::IntfId >( current, end, "intfId" );
    Zel::parseLiteral( current, end, ", 'vlanId': " );
-   vlanId_ = Bridging::VlanId::fromRaw(
-      Zel::parseAttribute< std::uint16_t >( current, end, "vlanId" ) );
+   vlanId_ =
+      Bridging::VlanId::fromRaw( Zel::parseAttribute< std::uint16_t >( current, end, "vlanId" ) );
    Zel::parseLiteral( current, end, ", 'innerVlanId': " );
    innerVlanId_ = Zel::parseAttribute< std::uint16_t >( current, end, "innerVlanId" );
    Zel::parseLiteral( current, end, "})" );

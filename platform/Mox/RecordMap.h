@@ -48,8 +48,7 @@ class RecordNode : public Zel::HashNode {
    void recordIs( const Record& record ) { record_ = record; }
 
  protected:
-   RecordNode( const PortVlanKey& key, const Record& record )
-       : key_( key ), record_( record ) {}
+   RecordNode( const PortVlanKey& key, const Record& record ) : key_( key ), record_( record ) {}
 
  private:
    const PortVlanKey key_;

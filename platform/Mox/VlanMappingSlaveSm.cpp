@@ -3,6 +3,7 @@
 //
 #include "Mox/VlanMappingSlaveSm.h"
 
+#include <optional>
 #include <utility>
 
 #include "Zel/Assert.h"
@@ -114,8 +115,7 @@ VlanMappingSlaveSm::ZelIngressConfigDir::onAttribute( Zel::AttributeId attribute
 }
 
 void
-VlanMappingSlaveSm::ZelEgressConfigDir::onAttribute( Zel::AttributeId attribute,
-                                                     const void* key ) {
+VlanMappingSlaveSm::ZelEgressConfigDir::onAttribute( Zel::AttributeId attribute, const void* key ) {
    if ( attribute != MoxVlanMappingConfigDir::kAttrConfig || zelMarkedForDeletion() ) {
       return;
    }
@@ -124,20 +124,19 @@ VlanMappingSlaveSm::ZelEgressConfigDir::onAttribute( Zel::AttributeId attribute,
    }
 }
 
-// Brings the hooks' knowledge of one ingress key into line with the configuration. Reads the
-// configuration again after each hook, whose reactors may have changed it.
+// Brings the hooks' knowledge of one ingress key into line with the configuration. Looks again
+// after each hook, inside of which the configuration and what is delivered may have changed.
 void
 VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
    PortVlanKey key = changed;
    const PortVlanKey place = placeOf( key );
    const Zel::Ptr< MoxVlanMappingConfigDir > dir = ingressConfigDir();
+   ingressWaiting_.erase( key );
    if ( const MoxVlanMappingConfig* delivered = ingressDelivered_.record( place ) ) {
       const MoxVlanMappingConfig* configured = dir->config().record( key );
       if ( !( delivered->key() == key ) ) {
          if ( configured ) {
             ingressWaiting_.insert( key );
-         } else {
-            ingressWaiting_.erase( key );
          }
          return;
       }
@@ -148,9 +147,16 @@ VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
    }
    std::exception_ptr refused;
    bool candidate = dir->config().contains( key ) || takeWaiting( place, key );
-   while ( candidate && !ingressDelivered_.contains( place ) ) {
+   while ( candidate ) {
+      if ( const MoxVlanMappingConfig* quicker = ingressDelivered_.record( place ) ) {
+         if ( !( quicker->key() == key ) ) {
+            ingressWaiting_.insert( key );
+         }
+         break;
+      }
       try {
          deliverIngressAdd( place, *dir->config().record( key ) );
+         break;
       } catch ( const Zel::RangeException& ) {
          if ( !refused ) {
             refused = std::current_exception();
@@ -209,8 +215,21 @@ VlanMappingSlaveSm::handleEgressConfig( const PortVlanKey& changed ) {
    const PortVlanKey key = changed;
    const Zel::Ptr< MoxVlanMappingConfigDir > dir = egressConfigDir();
    if ( const MoxVlanMappingConfig* configured = dir->config().record( key ) ) {
-      if ( egressDelivered_.recordIs( key, *configured ) ) {
+      const MoxVlanMappingConfig* const known = egressDelivered_.record( key );
+      const auto before = known ? std::optional( *known ) : std::nullopt;
+      if ( !egressDelivered_.recordIs( key, *configured ) ) {
+         return;
+      }
+      try {
          doAddEgressVlanMapping( key );
+      } catch ( const Zel::RangeException& ) {
+         // Refused before anything was changed.
+         if ( before ) {
+            egressDelivered_.recordIs( key, *before );
+         } else {
+            egressDelivered_.del( key );
+         }
+         throw;
       }
    } else if ( egressDelivered_.del( key ) ) {
       doDelEgressVlanMapping( key );

@@ -74,8 +74,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    ~VlanMappingSlaveSm() override;
 
  private:
-   class ZelIngressConfigDir :
-       public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
+   class ZelIngressConfigDir : public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
     public:
       static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm::ZelIngressConfigDir";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;
@@ -83,8 +82,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
     protected:
       using Reactor::Reactor;
    };
-   class ZelEgressConfigDir :
-       public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
+   class ZelEgressConfigDir : public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
     public:
       static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm::ZelEgressConfigDir";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;

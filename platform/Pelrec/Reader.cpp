@@ -57,8 +57,7 @@ checkedHeader( std::span< const std::byte > image ) {
    std::memcpy( &header, image.data(), sizeof header );
    require( header.version == kVersion, within( "version", header.version, "1" ) );
    require( header.levels == kLevels, within( "number of levels", header.levels, "10" ) );
-   require( std::has_single_bit( header.slotsPerRing ) &&
-               header.slotsPerRing <= kMaxSlotsPerRing,
+   require( std::has_single_bit( header.slotsPerRing ) && header.slotsPerRing <= kMaxSlotsPerRing,
             within( "ring size", header.slotsPerRing, "a power of two up to 1048576" ) );
    require( header.formats >= 1 && header.formats <= kMaxFormats,
             within( "number of formats", header.formats, "1 to 65536" ) );

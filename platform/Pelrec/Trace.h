@@ -87,9 +87,7 @@ class ZEL_EXPORT Trace {
    }
    // Bit n stands for level n; bits above 9 mean nothing.
    std::uint32_t levelMask() const { return levelMask_.load( std::memory_order_relaxed ); }
-   void levelMaskIs( std::uint32_t mask ) {
-      levelMask_.store( mask, std::memory_order_relaxed );
-   }
+   void levelMaskIs( std::uint32_t mask ) { levelMask_.store( mask, std::memory_order_relaxed ); }
 
    // The id of `format`, 1 to kMaxFormatBytes bytes long; the same text gets the same id.
    // kNoRoomFormat when the table is full.

@@ -40,8 +40,7 @@ class ZEL_EXPORT TaskScheduler : public Zel::PtrInterface {
    static constexpr Zel::AttributeId kWorkWaiting = 130;
 
    /// Requires: `clock` is set (asserted).
-   static Zel::Ptr< TaskScheduler >
-   TaskSchedulerIs( const Zel::Ptr< const Zel::Clock >& clock );
+   static Zel::Ptr< TaskScheduler > TaskSchedulerIs( const Zel::Ptr< const Zel::Clock >& clock );
 
    const Zel::Ptr< const Zel::Clock >& clock() const { return clock_; }
 

@@ -9,8 +9,7 @@
 namespace Zel {
 
 void
-assertFail( const char* expression, const char* source, int line,
-            const char* function ) noexcept {
+assertFail( const char* expression, const char* source, int line, const char* function ) noexcept {
    std::fprintf( stderr, "%s:%d: %s: Assertion `%s' failed.\n", source, line, function,
                  expression );
    std::abort();

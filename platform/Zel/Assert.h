@@ -19,7 +19,7 @@ namespace Zel {
 
 /// Requires a constant `zelSourceTag` in scope: the source's name without extension. A macro,
 /// because only the preprocessor sees the expression's text and the enclosing function.
-#define ZEL_ASSERT( ... )                                                                      \
-   ( static_cast< bool >( __VA_ARGS__ )                                                        \
-        ? void( 0 )                                                                            \
+#define ZEL_ASSERT( ... )                                                                          \
+   ( static_cast< bool >( __VA_ARGS__ )                                                            \
+        ? void( 0 )                                                                                \
         : ::Zel::assertFail( #__VA_ARGS__, zelSourceTag, __LINE__, __PRETTY_FUNCTION__ ) )

@@ -28,8 +28,7 @@ SteadyClock::SteadyClockIs() {
 
 Seconds
 SteadyClock::now() const {
-   return std::chrono::duration< Seconds >(
-             std::chrono::steady_clock::now().time_since_epoch() )
+   return std::chrono::duration< Seconds >( std::chrono::steady_clock::now().time_since_epoch() )
       .count();
 }
 

@@ -39,8 +39,7 @@ singleAttrHash( std::uint64_t value, std::uint32_t seed ) {
    std::uint64_t product = ( value + factor ) * ( factor | 1 );
    product ^= product >> 32;
    product *= ( factor >> 17 ) | 1;
-   return static_cast< std::uint32_t >( product >> 32 ) ^
-          static_cast< std::uint32_t >( product );
+   return static_cast< std::uint32_t >( product >> 32 ) ^ static_cast< std::uint32_t >( product );
 }
 
 /// Collects the words of a value in order; the result depends on the seed, every word and

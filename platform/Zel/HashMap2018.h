@@ -76,8 +76,7 @@ class HashMap2018 {
    /// The node of `key`, or null. No reference is taken: not to be kept across a change.
    Node* findNode( const Key& key ) const {
       const std::uint32_t hash = zelHash( key, table_.seed() );
-      for ( HashNode* node = table_.bucket( hash ); node;
-            node = HashTable::bucketNext( *node ) ) {
+      for ( HashNode* node = table_.bucket( hash ); node; node = HashTable::bucketNext( *node ) ) {
          if ( node->zelStoredHash() == hash && typed( node )->key() == key ) {
             return typed( node );
          }
@@ -97,8 +96,7 @@ class HashMap2018 {
 
    /// Takes a stored node out.
    Ptr< Node > unlink( const Node& node ) {
-      return { typed( table_.unlink( const_cast< Node& >( node ) ).release() ),
-               adoptReference };
+      return { typed( table_.unlink( const_cast< Node& >( node ) ).release() ), adoptReference };
    }
    /// Takes the node of `key` out; null when there is none.
    Ptr< Node > del( const Key& key ) {
@@ -129,9 +127,7 @@ class HashMap2018 {
    static constexpr char zelSourceTag[] = "Zel/HashMap2018";
 
    static Node* typed( HashNode* node ) { return static_cast< Node* >( node ); }
-   static const Node* typed( const HashNode* node ) {
-      return static_cast< const Node* >( node );
-   }
+   static const Node* typed( const HashNode* node ) { return static_cast< const Node* >( node ); }
 
    HashTable table_;
 };

@@ -45,9 +45,7 @@ class ZEL_EXPORT PtrInterface::NotifieeConst {
    /// it is watched already. Requires: `notifier` has a notifiee list.
    void zelNotifierIs( const Ptr< PtrInterface >& notifier );
 
-   bool hasNotificationActive() const {
-      return word_.flag( ReferenceWord::kNotificationActive );
-   }
+   bool hasNotificationActive() const { return word_.flag( ReferenceWord::kNotificationActive ); }
    void hasNotificationActiveIs( bool active ) {
       word_.flagIs( ReferenceWord::kNotificationActive, active );
    }

@@ -14,8 +14,7 @@ constexpr std::size_t kShownCharacters = 24;
 
 [[noreturn]] void
 fail( StringIterator at, StringIterator end, const std::string& expected ) {
-   const std::string_view rest( at.base(),
-                                static_cast< std::size_t >( end.base() - at.base() ) );
+   const std::string_view rest( at.base(), static_cast< std::size_t >( end.base() - at.base() ) );
    std::string found = "the end of the text";
    if ( !rest.empty() ) {
       found = "\"" + std::string( rest.substr( 0, kShownCharacters ) ) +

@@ -90,9 +90,7 @@ class ZEL_EXPORT PtrInterface {
    PtrInterface( const PtrInterface& ) = delete;
    PtrInterface& operator=( const PtrInterface& ) = delete;
 
-   bool hasNotificationActive() const {
-      return word_.flag( ReferenceWord::kNotificationActive );
-   }
+   bool hasNotificationActive() const { return word_.flag( ReferenceWord::kNotificationActive ); }
    bool zelMarkedForDeletion() const { return word_.flag( ReferenceWord::kMarkedForDeletion ); }
    void zelMarkedForDeletionIs( bool marked ) {
       word_.flagIs( ReferenceWord::kMarkedForDeletion, marked );

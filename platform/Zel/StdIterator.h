@@ -53,9 +53,7 @@ class StdIterator {
    }
 
    /// Whether the iterator walks this collection; true at the end.
-   bool walks( const Collection& collection ) const {
-      return !iter_ || collection_ == &collection;
-   }
+   bool walks( const Collection& collection ) const { return !iter_ || collection_ == &collection; }
 
    /// Same element, or both at the end.
    friend bool operator==( const StdIterator& a, const StdIterator& b ) {

@@ -96,10 +96,10 @@ traceText( const Pieces&... pieces ) {
 
 /// Traces the pieces that follow the line number when `level` is enabled on `handle`. Requires a
 /// constant `zelSourceTag` in scope. A macro, because a function's arguments are always evaluated.
-#define ZEL_TRACE( handle, level, sourceLine, ... )                                            \
-   do {                                                                                        \
-      if ( ( handle ).enabled( level ) ) [[unlikely]] {                                        \
-         ::Zel::traceEmit( { ( handle ).name(), level, zelSourceTag, sourceLine, __func__,     \
-                             ::Zel::traceText( __VA_ARGS__ ) } );                              \
-      }                                                                                        \
+#define ZEL_TRACE( handle, level, sourceLine, ... )                                                \
+   do {                                                                                            \
+      if ( ( handle ).enabled( level ) ) [[unlikely]] {                                            \
+         ::Zel::traceEmit( { ( handle ).name(), level, zelSourceTag, sourceLine, __func__,         \
+                             ::Zel::traceText( __VA_ARGS__ ) } );                                  \
+      }                                                                                            \
    } while ( false )

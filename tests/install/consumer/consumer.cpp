@@ -47,8 +47,8 @@ main() {
    const auto ranges = MoxVlanMapping::vlanRangeEntryDirFactory();
    const auto schedule = MoxVlanMapping::vlanXlateScheduleDirFactory();
    const auto scheduler = Quen::taskSchedulerFactory( Zel::steadyClockFactory() );
-   const auto collector = Zel::newEntity< Collector >(
-      Mox::MoxCommonSmData::MoxCommonSmDataIs(), scheduler, ranges, schedule );
+   const auto collector = Zel::newEntity< Collector >( Mox::MoxCommonSmData::MoxCommonSmDataIs(),
+                                                       scheduler, ranges, schedule );
 
    const auto manager = MoxVlanMapping::moxVlanRangeMgrFactory( ranges );
    const Bridging::VlanXlateMapping mapping( Bridging::VlanIdOrNone( 3001 ) );

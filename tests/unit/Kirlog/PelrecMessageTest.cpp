@@ -161,8 +161,7 @@ TEST_F( PelrecMessageTest, TheCompilerRefusesArgumentsOfOtherTypesOrNumber ) {
 }
 
 TEST_F( PelrecMessageTest, SurvivesAnAbortInAMappedFile ) {
-   const std::string path =
-      testing::TempDir() + "PelrecMessageTest." + std::to_string( getpid() );
+   const std::string path = testing::TempDir() + "PelrecMessageTest." + std::to_string( getpid() );
    pendingWork( 1 );
    const pid_t child = fork();
    ASSERT_NE( child, -1 );
@@ -199,8 +198,7 @@ TEST( PelrecMessageFaultTest, NamesWhatIsWrong ) {
               "format is not 1 to 120 bytes long" );
    EXPECT_EQ( pelrecMessageFault( 0, "%s%s%s%s%s", "iiiii" ), "more than 4 arguments" );
    EXPECT_EQ( pelrecMessageFault( 0, "%s", "u" ), "type letter is not i, d or s" );
-   EXPECT_EQ( pelrecMessageFault( 0, "%s %s", "i" ),
-              "type string is not one letter for each %s" );
+   EXPECT_EQ( pelrecMessageFault( 0, "%s %s", "i" ), "type string is not one letter for each %s" );
    EXPECT_EQ( pelrecMessageFault( 0, "%d", "i" ), "type string is not one letter for each %s" );
 }
 

@@ -68,8 +68,7 @@ TEST_F( ReaderTest, ShowsTextArguments ) {
 }
 
 TEST_F( ReaderTest, ShowsFourArgumentsOfMixedTypes ) {
-   EXPECT_EQ( roundTrip( "%s,%s,%s,%s", "ab"sv, std::int64_t{ -2 }, "cd"sv, 2.5 ),
-              "ab,-2,cd,2.5" );
+   EXPECT_EQ( roundTrip( "%s,%s,%s,%s", "ab"sv, std::int64_t{ -2 }, "cd"sv, 2.5 ), "ab,-2,cd,2.5" );
 }
 
 TEST_F( ReaderTest, MarksATextThatWasCut ) {
@@ -152,8 +151,7 @@ const SlotDamage kSlotDamages[] = {
                   t.slot( 0, 0 ).words[ Pelrec::kFormatAndCodes ] = ~std::uint64_t{ 0 };
                } },
    SlotDamage{ "FormatWithoutText", []( SmallTrace& t ) { t.format( 2 ).length = 0; } },
-   SlotDamage{ "FormatLongerThanItsEntry",
-               []( SmallTrace& t ) { t.format( 2 ).length = 121; } },
+   SlotDamage{ "FormatLongerThanItsEntry", []( SmallTrace& t ) { t.format( 2 ).length = 121; } },
    SlotDamage{ "FormatOfHugeLength",
                []( SmallTrace& t ) { t.format( 2 ).length = ~std::uint64_t{ 0 }; } },
    SlotDamage{ "UnknownTypeCode", []( SmallTrace& t ) { t.codes( 5, 1 )[ 1 ] = 'q'; } },
@@ -171,8 +169,7 @@ const SlotDamage kSlotDamages[] = {
                  std::memset( &t.slot( 5, 1 ).words[ Pelrec::kPayload ], 32, 1 );
               } } };
 
-INSTANTIATE_TEST_SUITE_P( Reader, DamagedSlotTest, testing::ValuesIn( kSlotDamages ),
-                          NameOf() );
+INSTANTIATE_TEST_SUITE_P( Reader, DamagedSlotTest, testing::ValuesIn( kSlotDamages ), NameOf() );
 
 struct HeaderDamage {
    const char* name;
@@ -180,9 +177,7 @@ struct HeaderDamage {
    const char* refusal;
 };
 
-class DamagedHeaderTest :
-    public ReaderTest,
-    public testing::WithParamInterface< HeaderDamage > {};
+class DamagedHeaderTest : public ReaderTest, public testing::WithParamInterface< HeaderDamage > {};
 
 TEST_P( DamagedHeaderTest, IsRefusedWithTheReason ) {
    GetParam().apply( small_.header() );
@@ -192,8 +187,7 @@ TEST_P( DamagedHeaderTest, IsRefusedWithTheReason ) {
 const HeaderDamage kHeaderDamages[] = {
    HeaderDamage{ "NoMagic", []( auto& h ) { h.magic = 0; },
                  "does not start with the magic number" },
-   HeaderDamage{ "OtherByteOrder",
-                 []( auto& h ) { h.magic = __builtin_bswap64( Pelrec::kMagic ); },
+   HeaderDamage{ "OtherByteOrder", []( auto& h ) { h.magic = __builtin_bswap64( Pelrec::kMagic ); },
                  "written in the other byte order" },
    HeaderDamage{ "OtherVersion", []( auto& h ) { h.version = 2; }, "version is 2, not 1" },
    HeaderDamage{ "OtherLevels", []( auto& h ) { h.levels = 11; },
@@ -225,8 +219,8 @@ TEST_F( ReaderTest, RefusesEveryShorterImage ) {
    const auto image = small_.bytes();
    for ( std::size_t length = 0; length < image.size(); ++length ) {
       // A copy of that very size, so that a sanitizer sees any read behind its end.
-      const std::vector< std::byte > cut(
-         image.begin(), image.begin() + static_cast< std::ptrdiff_t >( length ) );
+      const std::vector< std::byte > cut( image.begin(),
+                                          image.begin() + static_cast< std::ptrdiff_t >( length ) );
       ASSERT_NE( refusal( cut ), "" ) << "at length " << length;
    }
 }
@@ -264,8 +258,7 @@ TEST_F( ReaderTest, ReadsRandomBytesBehindAGoodHeaderWithoutHarm ) {
       const auto original = small_.bytes();
       std::vector< std::byte > image( original.begin(), original.end() );
       // Plausible ids and codes, or hardly a slot would get as far as its arguments.
-      for ( std::size_t at = SmallTrace::kGeometry.ringsOffset(); at < image.size();
-            at += 64 ) {
+      for ( std::size_t at = SmallTrace::kGeometry.ringsOffset(); at < image.size(); at += 64 ) {
          for ( std::size_t byte = 0; byte < 64; ++byte ) {
             image[ at + byte ] = static_cast< std::byte >( random() );
          }

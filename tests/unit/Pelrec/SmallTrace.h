@@ -88,8 +88,7 @@ class SmallTrace {
    }
    // The four type codes in a slot.
    char* codes( unsigned level, std::size_t index ) {
-      return reinterpret_cast< char* >(
-                &slot( level, index ).words[ Pelrec::kFormatAndCodes ] ) +
+      return reinterpret_cast< char* >( &slot( level, index ).words[ Pelrec::kFormatAndCodes ] ) +
              sizeof( std::uint32_t );
    }
 

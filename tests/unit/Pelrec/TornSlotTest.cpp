@@ -63,8 +63,8 @@ class TornSlotTest : public testing::Test {
    static TornSlotTest* running_;
 
    const std::size_t pageSize_ = static_cast< std::size_t >( sysconf( _SC_PAGESIZE ) );
-   std::byte* pages_ = static_cast< std::byte* >( mmap(
-      nullptr, 2 * pageSize_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 ) );
+   std::byte* pages_ = static_cast< std::byte* >(
+      mmap( nullptr, 2 * pageSize_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0 ) );
    // The slot's first argument ends the first page.
    std::uint64_t* memory_ = reinterpret_cast< std::uint64_t* >(
       pages_ + pageSize_ - kOneSlot.ringsOffset() - kLevel * sizeof( Pelrec::Slot ) -

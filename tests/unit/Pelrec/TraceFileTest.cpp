@@ -187,8 +187,7 @@ class ImageFileTest : public TraceFileTest {
 };
 
 TEST_F( ImageFileTest, RefusesAMissingFile ) {
-   EXPECT_EQ( refusal( "trace" ),
-              "Pelrec image: cannot open trace: No such file or directory" );
+   EXPECT_EQ( refusal( "trace" ), "Pelrec image: cannot open trace: No such file or directory" );
 }
 
 TEST_F( ImageFileTest, RefusesAFolder ) {

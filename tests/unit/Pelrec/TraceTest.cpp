@@ -99,9 +99,9 @@ TEST_F( TraceTest, RecordsCarryTheWallClocksTime ) {
    const auto now = std::chrono::system_clock::now().time_since_epoch();
    const auto written = Pelrec::Reader( trace_.image() ).records( 0 ).at( 0 ).timeNs;
    // A minute tells a wrong epoch or unit from a busy machine.
-   EXPECT_NEAR(
-      static_cast< double >( written ),
-      static_cast< double >( std::chrono::duration_cast< nanoseconds >( now ).count() ), 60e9 );
+   EXPECT_NEAR( static_cast< double >( written ),
+                static_cast< double >( std::chrono::duration_cast< nanoseconds >( now ).count() ),
+                60e9 );
 }
 
 TEST_F( TraceTest, AReaderInAnotherThreadNeverSeesATornRecord ) {

@@ -66,8 +66,7 @@ TEST_F( ConfigurationFile, ThatDoesNotExistIsUnusable ) {
 }
 
 TEST_F( ConfigurationFile, ThatIsADirectoryIsUnusable ) {
-   EXPECT_EQ( outcome( readConfiguration( "/" ) ),
-              "unusable /: cannot be read: Is a directory\n" );
+   EXPECT_EQ( outcome( readConfiguration( "/" ) ), "unusable /: cannot be read: Is a directory\n" );
 }
 
 TEST_F( ConfigurationFile, ThatIsEmptyIsUnusable ) {
@@ -133,10 +132,9 @@ TEST( ConfigurationText, ShowsItsFormatInTheTopLevelMembers ) {
 TEST( ConfigurationText, WithoutKnownMemberIsUnusable ) {
    for ( const char* text : { "{}", R"({"interfaces":{"interface":[]}})",
                               R"({"ietf-interfaces:interfaces-state":{}})" } ) {
-      EXPECT_EQ(
-         outcome( read( text ) ),
-         "unusable f.json:1: unknown format: no known member stands at the top; allowed: " +
-            kFormats );
+      EXPECT_EQ( outcome( read( text ) ),
+                 "unusable f.json:1: unknown format: no known member stands at the top; allowed: " +
+                    kFormats );
    }
 }
 
@@ -149,14 +147,12 @@ TEST( ConfigurationText, WithMembersOfBothFormatsIsUnusable ) {
 }
 
 TEST( ConfigurationText, ThatIsNoObjectIsUnusable ) {
-   EXPECT_EQ(
-      outcome( read( "\n[]" ) ),
-      "unusable f.json:2: unknown format: the text is an array; allowed: an object with " +
-         kFormats );
-   EXPECT_EQ( outcome( read( "7" ) ),
-              "unusable f.json:1: unknown format: the text is an integer "
-              "number; allowed: an object with " +
+   EXPECT_EQ( outcome( read( "\n[]" ) ),
+              "unusable f.json:2: unknown format: the text is an array; allowed: an object with " +
                  kFormats );
+   EXPECT_EQ( outcome( read( "7" ) ), "unusable f.json:1: unknown format: the text is an integer "
+                                      "number; allowed: an object with " +
+                                         kFormats );
 }
 
 TEST( ConfigurationText, ThatIsNoJsonIsUnusableWithItsLine ) {
@@ -167,10 +163,9 @@ TEST( ConfigurationText, ThatIsNoJsonIsUnusableWithItsLine ) {
 }
 
 TEST( ConfigurationText, TopLevelNamesNeedTheirModule ) {
-   EXPECT_EQ(
-      outcome( read( "{\"openconfig-interfaces:interfaces\":{},\n\"interfaces\":{}}" ) ),
-      "f.json:2: /interfaces: the top-level member lacks its module name; allowed: names "
-      "of the form MODULE:NAME\n" );
+   EXPECT_EQ( outcome( read( "{\"openconfig-interfaces:interfaces\":{},\n\"interfaces\":{}}" ) ),
+              "f.json:2: /interfaces: the top-level member lacks its module name; allowed: names "
+              "of the form MODULE:NAME\n" );
 }
 
 TEST( ConfigurationText, OtherTopLevelMembersAreUnused ) {
@@ -180,11 +175,10 @@ TEST( ConfigurationText, OtherTopLevelMembersAreUnused ) {
 }
 
 TEST( ConfigurationText, ATopLevelMemberGivenTwiceIsAFinding ) {
-   EXPECT_EQ(
-      outcome( read( "{\"openconfig-interfaces:interfaces\":{},\n"
-                     "\"openconfig-interfaces:interfaces\":{}}" ) ),
-      "f.json:2: /openconfig-interfaces:interfaces: value {} is given twice, on lines 1 "
-      "and 2; allowed: each member once\n" );
+   EXPECT_EQ( outcome( read( "{\"openconfig-interfaces:interfaces\":{},\n"
+                             "\"openconfig-interfaces:interfaces\":{}}" ) ),
+              "f.json:2: /openconfig-interfaces:interfaces: value {} is given twice, on lines 1 "
+              "and 2; allowed: each member once\n" );
 }
 
 }   // namespace

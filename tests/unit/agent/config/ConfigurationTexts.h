@@ -117,8 +117,8 @@ subinterface( int index, std::string_view vlan ) {
 inline std::string
 swapMapping( std::string_view which, int vlan ) {
    return '"' + std::string( which ) +
-          R"(-mapping":{"config":{"vlan-stack-action":"SWAP","vlan-id":)" +
-          std::to_string( vlan ) + "}}";
+          R"(-mapping":{"config":{"vlan-stack-action":"SWAP","vlan-id":)" + std::to_string( vlan ) +
+          "}}";
 }
 
 }   // namespace Agent

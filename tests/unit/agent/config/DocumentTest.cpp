@@ -73,11 +73,10 @@ TEST_F( DocumentTest, AMemberGivenTwiceIsAFindingAndTheFirstCounts ) {
    given( "\"a\": 1,\n\"a\": 2,\n\"m:a\": 3" );
    EXPECT_EQ( members_->take( "a" )->value().shown(), "1" );
    members_->finish();
-   EXPECT_EQ(
-      findings(),
-      "f:2: /m:o/a: value 2 is given twice, on lines 1 and 2; allowed: each member once\n"
-      "f:3: /m:o/a: value 3 is given twice, on lines 1 and 3; allowed: each member "
-      "once\n" );
+   EXPECT_EQ( findings(),
+              "f:2: /m:o/a: value 2 is given twice, on lines 1 and 2; allowed: each member once\n"
+              "f:3: /m:o/a: value 3 is given twice, on lines 1 and 3; allowed: each member "
+              "once\n" );
    EXPECT_EQ( unused(), "" );
 }
 
@@ -150,19 +149,17 @@ class LeafTest : public DocumentTest, public testing::WithParamInterface< Leaf >
       const std::string finding = findings();
       constexpr std::string_view kStart = "f:1: /m:o/a: value ";
       EXPECT_TRUE( finding.empty() || finding.starts_with( kStart ) ) << finding;
-      return finding.empty()
-              ? value
-              : finding.substr( kStart.size(), finding.size() - kStart.size() - 1 );
+      return finding.empty() ? value
+                             : finding.substr( kStart.size(), finding.size() - kStart.size() - 1 );
    }
 };
 
 class VlanIdLeaf : public LeafTest {};
 
 TEST_P( VlanIdLeaf, IsANumberFrom1To4094 ) {
-   EXPECT_EQ( result( [ & ]( const Place& leaf ) {
-                 return std::to_string( document_.vlanId( leaf ) );
-              } ),
-              GetParam().result );
+   EXPECT_EQ(
+      result( [ & ]( const Place& leaf ) { return std::to_string( document_.vlanId( leaf ) ); } ),
+      GetParam().result );
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -222,28 +219,25 @@ class BooleanLeaf : public LeafTest {};
 
 TEST_P( BooleanLeaf, IsTrueOrFalse ) {
    EXPECT_EQ( result( [ & ]( const Place& leaf ) {
-                 return std::string( document_.boolean( leaf ).value_or( false ) ? "on"
-                                                                                 : "off" );
+                 return std::string( document_.boolean( leaf ).value_or( false ) ? "on" : "off" );
               } ),
               GetParam().result );
 }
 
 INSTANTIATE_TEST_SUITE_P(
    Document, BooleanLeaf,
-   testing::Values( Leaf{ "True", "true", "on" }, Leaf{ "False", "false", "off" },
-                    Leaf{ "String", "\"true\"",
-                          "\"true\" has the wrong type, a string; allowed: true or false" },
-                    Leaf{ "Number", "1",
-                          "1 has the wrong type, an integer number; allowed: true or false" } ),
+   testing::Values(
+      Leaf{ "True", "true", "on" }, Leaf{ "False", "false", "off" },
+      Leaf{ "String", "\"true\"", "\"true\" has the wrong type, a string; allowed: true or false" },
+      Leaf{ "Number", "1", "1 has the wrong type, an integer number; allowed: true or false" } ),
    nameOf );
 
 class NameLeaf : public LeafTest {};
 
 TEST_P( NameLeaf, IsAVisibleString ) {
-   EXPECT_EQ( result( [ & ]( const Place& leaf ) {
-                 return document_.name( leaf ).value_or( "nothing" );
-              } ),
-              GetParam().result );
+   EXPECT_EQ(
+      result( [ & ]( const Place& leaf ) { return document_.name( leaf ).value_or( "nothing" ); } ),
+      GetParam().result );
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -257,8 +251,7 @@ INSTANTIATE_TEST_SUITE_P(
       Leaf{ "Newline", R"("a\nb")",
             R"("a\u000ab" is not allowed; allowed: a name of one or more characters without )"
             "control characters" },
-      Leaf{ "Number", "1",
-            "1 has the wrong type, an integer number; allowed: a JSON string" } ),
+      Leaf{ "Number", "1", "1 has the wrong type, an integer number; allowed: a JSON string" } ),
    nameOf );
 
 class EnumerationLeaf : public LeafTest {};
@@ -284,8 +277,7 @@ class IdentityLeaf : public LeafTest {};
 
 TEST_P( IdentityLeaf, NamesAnIdentityWithItsModule ) {
    EXPECT_EQ( result( [ & ]( const Place& leaf ) {
-                 return std::string(
-                    document_.identity( leaf, kColourIdentities ).value_or( "" ) );
+                 return std::string( document_.identity( leaf, kColourIdentities ).value_or( "" ) );
               } ),
               GetParam().result );
 }

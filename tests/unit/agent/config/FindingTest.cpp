@@ -9,8 +9,7 @@ namespace {
 
 TEST( Finding, ReadsAsFileLinePathValueAndAllowedRange ) {
    const Finding finding{ "a.json", 12, "/m:x/y", "4095", "is not allowed", "1..4094" };
-   EXPECT_EQ( finding.text(),
-              "a.json:12: /m:x/y: value 4095 is not allowed; allowed: 1..4094" );
+   EXPECT_EQ( finding.text(), "a.json:12: /m:x/y: value 4095 is not allowed; allowed: 1..4094" );
 }
 
 TEST( Finding, LeavesOutWhatItDoesNotHave ) {

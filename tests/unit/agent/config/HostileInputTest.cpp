@@ -56,9 +56,8 @@ seedText( bool ieee ) {
                           R"("high-vlan-id":9}}},)" +
                              swapMapping( "ingress", 7 ) + ',' + swapMapping( "egress", 5 ) ) +
             ',' +
-            subinterface( 2,
-                          R"("match":{"single-tagged-list":{"config":{"vlan-ids":[1,3]}}},)" +
-                             swapMapping( "ingress", 8 ) ) ) );
+            subinterface( 2, R"("match":{"single-tagged-list":{"config":{"vlan-ids":[1,3]}}},)" +
+                                swapMapping( "ingress", 8 ) ) ) );
 }
 
 TEST( HostileInput, EveryPrefixOfAConfigurationHasAnAnswer ) {
@@ -77,8 +76,7 @@ TEST( HostileInput, ChangedBytesHaveAnAnswer ) {
    const std::uint64_t seed = testSeed();
    SCOPED_TRACE( "MOX_TEST_SEED=" + std::to_string( seed ) );
    std::mt19937_64 random( seed );
-   const std::string bytes =
-      std::string( "{}[],:\"\\0123456789-.eE\n \x80\xff\x1b", 27 ) + "tfn";
+   const std::string bytes = std::string( "{}[],:\"\\0123456789-.eE\n \x80\xff\x1b", 27 ) + "tfn";
    for ( int round = 0; round < 20000; ++round ) {
       std::string text = seedText( round % 2 == 0 );
       for ( std::uint64_t edits = 1 + random() % 3; edits > 0; --edits ) {
@@ -93,11 +91,10 @@ TEST( HostileInput, ReplacedValuesHaveAnAnswer ) {
    const std::uint64_t seed = testSeed();
    SCOPED_TRACE( "MOX_TEST_SEED=" + std::to_string( seed ) );
    std::mt19937_64 random( seed );
-   const std::string values[] = {
-      "null",  "true",      "0",      "4095", "-1",
-      "1.5",   "1e999",     "\"\"",   "[]",   "{}",
-      "[[]]",  "[null]",    "[{}]",   "1e2",  "99999999999999999999",
-      "\"x\"", "{\"a\":1}", "\"\\n\"" };
+   const std::string values[] = { "null",  "true",      "0",      "4095", "-1",
+                                  "1.5",   "1e999",     "\"\"",   "[]",   "{}",
+                                  "[[]]",  "[null]",    "[{}]",   "1e2",  "99999999999999999999",
+                                  "\"x\"", "{\"a\":1}", "\"\\n\"" };
    for ( int round = 0; round < 20000; ++round ) {
       const std::string text = seedText( round % 2 == 0 );
       std::size_t colon = text.find( ':', random() % text.size() );
@@ -106,8 +103,7 @@ TEST( HostileInput, ReplacedValuesHaveAnAnswer ) {
       }
       const std::size_t end = text.find_first_of( ",}]", colon );
       expectUsableAnswer( read( text.substr( 0, colon + 1 ) +
-                                values[ random() % std::size( values ) ] +
-                                text.substr( end ) ) );
+                                values[ random() % std::size( values ) ] + text.substr( end ) ) );
    }
 }
 
@@ -122,9 +118,9 @@ TEST( HostileInput, DeepNestingInsideAKnownMemberIsRefused ) {
 TEST( HostileInput, TheDeepestUnusedMemberIsWalked ) {
    const std::string open( 120, '[' );
    const std::string close( 120, ']' );
-   EXPECT_EQ( unusedOf( read( "{\"openconfig-interfaces:interfaces\":{},\"a:b\":" + open +
-                              close + "}" ) ),
-              "/a:b 1 not used by this agent\n" );
+   EXPECT_EQ(
+      unusedOf( read( "{\"openconfig-interfaces:interfaces\":{},\"a:b\":" + open + close + "}" ) ),
+      "/a:b 1 not used by this agent\n" );
 }
 
 TEST( HostileInput, ALongNameDoesNotMakeALongFinding ) {
@@ -148,10 +144,10 @@ TEST( HostileInput, ThousandsOfFindingsAreAllReported ) {
 TEST( HostileInput, ManySubinterfacesOverTheSameVidsHaveAnAnswer ) {
    std::string subinterfaces;
    for ( int i = 0; i < 1000; ++i ) {
-      subinterfaces += ( i == 0 ? "" : ",\n" ) +
-                       subinterface( i, R"("match":{"single-tagged-range":{"config":)"
-                                        R"({"low-vlan-id":1,"high-vlan-id":4094}}},)" +
-                                           swapMapping( "ingress", 7 ) );
+      subinterfaces +=
+         ( i == 0 ? "" : ",\n" ) + subinterface( i, R"("match":{"single-tagged-range":{"config":)"
+                                                    R"({"low-vlan-id":1,"high-vlan-id":4094}}},)" +
+                                                       swapMapping( "ingress", 7 ) );
    }
    const ReadResult result = read( openConfig( openConfigPort( "eth1", subinterfaces ) ) );
    EXPECT_EQ( result.findings.size(), 999U );

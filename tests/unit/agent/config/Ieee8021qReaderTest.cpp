@@ -34,11 +34,10 @@ const std::string kBridge =
 // --- which table acts
 
 TEST( Ieee8021qTables, WithBothOnEachDirectionHasItsOwnEntries ) {
-   EXPECT_EQ( ports( kBothOn +
-                     R"("vid-translations":[{"local-vid":100,"relay-vid":3001},)"
-                     R"({"local-vid":101,"relay-vid":3001}],)"
-                     R"("egress-vid-translations":[{"relay-vid":3001,"local-vid":101},)"
-                     R"({"relay-vid":7,"local-vid":8}])" ),
+   EXPECT_EQ( ports( kBothOn + R"("vid-translations":[{"local-vid":100,"relay-vid":3001},)"
+                               R"({"local-vid":101,"relay-vid":3001}],)"
+                               R"("egress-vid-translations":[{"relay-vid":3001,"local-vid":101},)"
+                               R"({"relay-vid":7,"local-vid":8}])" ),
               "eth1: 100>3001 101>3001; 7>8 3001>101\n" );
 }
 
@@ -116,10 +115,9 @@ TEST( Ieee8021qFindings, TwoLocalVidsForOneRelayVidNeedAnEgressTable ) {
 }
 
 TEST( Ieee8021qFindings, AnEgressTableThatIsOffDoesNotLiftTheRule ) {
-   EXPECT_EQ( ports( kIngressOn +
-                     R"("vid-translations":[{"local-vid":1,"relay-vid":9},)"
-                     R"({"local-vid":2,"relay-vid":9}],)"
-                     R"("egress-vid-translations":[{"relay-vid":9,"local-vid":1}])" ),
+   EXPECT_EQ( ports( kIngressOn + R"("vid-translations":[{"local-vid":1,"relay-vid":9},)"
+                                  R"({"local-vid":2,"relay-vid":9}],)"
+                                  R"("egress-vid-translations":[{"relay-vid":9,"local-vid":1}])" ),
               "f.json:3: " + kPort +
                  "/vid-translations[local-vid='2']/relay-vid: value 9 is already the relay-vid "
                  "of local-vid 1 on line 3; allowed: one local-vid for each relay-vid while "
@@ -135,12 +133,11 @@ TEST( Ieee8021qFindings, ALocalVidStandsOnce ) {
 }
 
 TEST( Ieee8021qFindings, ARelayVidStandsOnceInTheEgressTable ) {
-   EXPECT_EQ(
-      ports( "\"egress-vid-translations\":[{\"relay-vid\":100,\"local-vid\":1},\n\n"
-             "{\"relay-vid\":100,\"local-vid\":1}]" ),
-      "f.json:5: " + kPort +
-         "/egress-vid-translations[relay-vid='100']/relay-vid: value 100 is already used "
-         "on line 3; allowed: each relay-vid once\n" );
+   EXPECT_EQ( ports( "\"egress-vid-translations\":[{\"relay-vid\":100,\"local-vid\":1},\n\n"
+                     "{\"relay-vid\":100,\"local-vid\":1}]" ),
+              "f.json:5: " + kPort +
+                 "/egress-vid-translations[relay-vid='100']/relay-vid: value 100 is already used "
+                 "on line 3; allowed: each relay-vid once\n" );
 }
 
 TEST( Ieee8021qFindings, AMappingWithoutTranslatedVlanIsRefused ) {
@@ -158,14 +155,13 @@ TEST( Ieee8021qFindings, AMappingWithoutTranslatedVlanIsRefused ) {
 }
 
 TEST( Ieee8021qFindings, AnEntryWithoutKeyIsNamedByItsPosition ) {
-   EXPECT_EQ(
-      ports( kIngressOn + R"("vid-translations":[{"local-vid":1,"relay-vid":1},)"
-                          "\n{\"relay-vid\":5000}]" ),
-      "f.json:4: " + kPort +
-         "/vid-translations[2]/local-vid: is missing; allowed: 1..4094\n"
-         "f.json:4: " +
-         kPort +
-         "/vid-translations[2]/relay-vid: value 5000 is not allowed; allowed: 1..4094\n" );
+   EXPECT_EQ( ports( kIngressOn + R"("vid-translations":[{"local-vid":1,"relay-vid":1},)"
+                                  "\n{\"relay-vid\":5000}]" ),
+              "f.json:4: " + kPort +
+                 "/vid-translations[2]/local-vid: is missing; allowed: 1..4094\n"
+                 "f.json:4: " +
+                 kPort +
+                 "/vid-translations[2]/relay-vid: value 5000 is not allowed; allowed: 1..4094\n" );
 }
 
 TEST( Ieee8021qFindings, AllAreReportedNotJustTheFirst ) {
@@ -197,18 +193,16 @@ TEST( Ieee8021qFindings, AllAreReportedNotJustTheFirst ) {
 }
 
 TEST( Ieee8021qFindings, AMemberGivenTwiceNamesBothLines ) {
-   EXPECT_EQ(
-      ports( kIngressOn + "\"vid-translations\":[{\"local-vid\":1,\"relay-vid\":2,\n"
-                          "\"relay-vid\":3}]" ),
-      "f.json:4: " + kPort +
-         "/vid-translations[local-vid='1']/relay-vid: value 3 is given twice, on lines 3 "
-         "and 4; allowed: each member once\n" );
-   EXPECT_EQ(
-      ports( "\"vid-translations\":[],\n"
-             "\"ieee802-dot1q-bridge:vid-translations\":[{}]" ),
-      "f.json:4: " + kPort +
-         "/vid-translations: value [...] is given twice, on lines 3 and 4; allowed: each "
-         "member once\n" );
+   EXPECT_EQ( ports( kIngressOn + "\"vid-translations\":[{\"local-vid\":1,\"relay-vid\":2,\n"
+                                  "\"relay-vid\":3}]" ),
+              "f.json:4: " + kPort +
+                 "/vid-translations[local-vid='1']/relay-vid: value 3 is given twice, on lines 3 "
+                 "and 4; allowed: each member once\n" );
+   EXPECT_EQ( ports( "\"vid-translations\":[],\n"
+                     "\"ieee802-dot1q-bridge:vid-translations\":[{}]" ),
+              "f.json:4: " + kPort +
+                 "/vid-translations: value [...] is given twice, on lines 3 and 4; allowed: each "
+                 "member once\n" );
 }
 
 TEST( Ieee8021qFindings, ContainersAndListsHaveTheirJsonTypes ) {
@@ -216,11 +210,10 @@ TEST( Ieee8021qFindings, ContainersAndListsHaveTheirJsonTypes ) {
               "f.json:3: " + kPort +
                  "/vid-translations: value {...} has the wrong type, an object; allowed: an "
                  "array, one object for each entry\n" );
-   EXPECT_EQ(
-      ports( R"("egress-vid-translations":[100])" ),
-      "f.json:3: " + kPort +
-         "/egress-vid-translations[1]: value 100 has the wrong type, an integer number; "
-         "allowed: an object\n" );
+   EXPECT_EQ( ports( R"("egress-vid-translations":[100])" ),
+              "f.json:3: " + kPort +
+                 "/egress-vid-translations[1]: value 100 has the wrong type, an integer number; "
+                 "allowed: an object\n" );
    EXPECT_EQ( portsOf( read( R"({"ietf-interfaces:interfaces":[]})" ) ),
               "f.json:1: /ietf-interfaces:interfaces: value [] has the wrong type, an array; "
               "allowed: an object\n" );
@@ -234,8 +227,7 @@ TEST( Ieee8021qNames, ThePrefixOfTheOwnModuleIsOptional ) {
              R"("ieee802-dot1q-bridge:vid-translations":)"
              R"([{"ieee802-dot1q-bridge:local-vid":1,"ieee802-dot1q-bridge:relay-vid":2}])" ),
       "eth1: 1>2; 2>1\n" );
-   EXPECT_EQ( ports( R"("port-type":"ieee802-dot1q-bridge:customer-network-port")" ),
-              "eth1:;\n" );
+   EXPECT_EQ( ports( R"("port-type":"ieee802-dot1q-bridge:customer-network-port")" ), "eth1:;\n" );
    EXPECT_EQ( ports( R"("port-type":"customer-network-port")" ), "eth1:;\n" );
 }
 
@@ -253,9 +245,9 @@ TEST( Ieee8021qNames, ABridgePortWithoutItsModuleNameIsNotPassedOver ) {
 }
 
 TEST( Ieee8021qNames, MembersOfOtherModulesAreUnused ) {
-   EXPECT_EQ( unusedOf( read( ieee(
-                 "", R"({"name":"e","type":"iana-if-type:bridge","description":"x",)"
-                     R"("enabled":true,"acme:vid-translations":[{"relay-vid":9999}]})" ) ) ),
+   EXPECT_EQ( unusedOf( read(
+                 ieee( "", R"({"name":"e","type":"iana-if-type:bridge","description":"x",)"
+                           R"("enabled":true,"acme:vid-translations":[{"relay-vid":9999}]})" ) ) ),
               "/ietf-interfaces:interfaces/interface/type 1 checked, has no effect\n"
               "/ietf-interfaces:interfaces/interface/description 1 not used by this agent\n"
               "/ietf-interfaces:interfaces/interface/enabled 1 not used by this agent\n"
@@ -273,16 +265,15 @@ TEST( Ieee8021qInterfaces, KeepTheOrderOfTheFile ) {
 }
 
 TEST( Ieee8021qInterfaces, NeedNameAndType ) {
-   EXPECT_EQ(
-      portsOf( read( ieee( kBridge, "{},\n{\"name\":\"\"}" ) ) ),
-      "f.json:4: /ietf-interfaces:interfaces/interface[1]/name: is missing; allowed: a "
-      "name\n"
-      "f.json:4: /ietf-interfaces:interfaces/interface[1]/type: is missing; allowed: an "
-      "identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n"
-      "f.json:5: /ietf-interfaces:interfaces/interface[name='']/name: value \"\" is not "
-      "allowed; allowed: a name of one or more characters without control characters\n"
-      "f.json:5: /ietf-interfaces:interfaces/interface[name='']/type: is missing; "
-      "allowed: an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n" );
+   EXPECT_EQ( portsOf( read( ieee( kBridge, "{},\n{\"name\":\"\"}" ) ) ),
+              "f.json:4: /ietf-interfaces:interfaces/interface[1]/name: is missing; allowed: a "
+              "name\n"
+              "f.json:4: /ietf-interfaces:interfaces/interface[1]/type: is missing; allowed: an "
+              "identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n"
+              "f.json:5: /ietf-interfaces:interfaces/interface[name='']/name: value \"\" is not "
+              "allowed; allowed: a name of one or more characters without control characters\n"
+              "f.json:5: /ietf-interfaces:interfaces/interface[name='']/type: is missing; "
+              "allowed: an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n" );
 }
 
 TEST( Ieee8021qInterfaces, HaveUniqueNames ) {
@@ -294,23 +285,21 @@ TEST( Ieee8021qInterfaces, HaveUniqueNames ) {
 }
 
 TEST( Ieee8021qInterfaces, HaveATypeOfTheRegistryWithItsModuleName ) {
-   EXPECT_EQ(
-      portsOf( read( ieee( kBridge, "{\"name\":\"e\",\"type\":\"iana-if-type:warp\"},\n"
-                                    "{\"name\":\"f\",\"type\":\"bridge\"}" ) ) ),
-      "f.json:4: /ietf-interfaces:interfaces/interface[name='e']/type: value "
-      "\"iana-if-type:warp\" is unknown; allowed: an identity of iana-if-type, such as "
-      "\"iana-if-type:ethernetCsmacd\"\n"
-      "f.json:5: /ietf-interfaces:interfaces/interface[name='f']/type: value \"bridge\" "
-      "lacks its module name; allowed: \"iana-if-type:bridge\"\n" );
+   EXPECT_EQ( portsOf( read( ieee( kBridge, "{\"name\":\"e\",\"type\":\"iana-if-type:warp\"},\n"
+                                            "{\"name\":\"f\",\"type\":\"bridge\"}" ) ) ),
+              "f.json:4: /ietf-interfaces:interfaces/interface[name='e']/type: value "
+              "\"iana-if-type:warp\" is unknown; allowed: an identity of iana-if-type, such as "
+              "\"iana-if-type:ethernetCsmacd\"\n"
+              "f.json:5: /ietf-interfaces:interfaces/interface[name='f']/type: value \"bridge\" "
+              "lacks its module name; allowed: \"iana-if-type:bridge\"\n" );
 }
 
 TEST( Ieee8021qInterfaces, OnlySomeTypesCanBeABridgePort ) {
-   EXPECT_EQ(
-      portsOf( read( ieee( kBridge, R"({"name":"e","type":"iana-if-type:l2vlan",)"
-                                    R"("ieee802-dot1q-bridge:bridge-port":{}})" ) ) ),
-      "f.json:4: /ietf-interfaces:interfaces/interface[name='e']/"
-      "ieee802-dot1q-bridge:bridge-port: an interface of type l2vlan is no bridge port; "
-      "allowed: types bridge, ethernetCsmacd, ieee8023adLag, ilan\n" );
+   EXPECT_EQ( portsOf( read( ieee( kBridge, R"({"name":"e","type":"iana-if-type:l2vlan",)"
+                                            R"("ieee802-dot1q-bridge:bridge-port":{}})" ) ) ),
+              "f.json:4: /ietf-interfaces:interfaces/interface[name='e']/"
+              "ieee802-dot1q-bridge:bridge-port: an interface of type l2vlan is no bridge port; "
+              "allowed: types bridge, ethernetCsmacd, ieee8023adLag, ilan\n" );
 }
 
 // --- bridges
@@ -325,20 +314,19 @@ TEST( Ieee8021qBridges, MayStandBehindTheInterfaces ) {
 }
 
 TEST( Ieee8021qBridges, NeedTheirMandatoryLeaves ) {
-   EXPECT_EQ(
-      portsOf( read( ieee( "{\"component\":[{}]}", "" ) ) ),
-      "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/name: is missing; allowed: a "
-      "name\n"
-      "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/address: is missing; allowed: "
-      "six octets such as \"02-00-5E-00-53-01\"\n"
-      "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/bridge-type: is missing; "
-      "allowed: customer-vlan-bridge, provider-bridge, provider-edge-bridge, "
-      "two-port-mac-relay-bridge\n"
-      "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/component[1]/name: is missing; "
-      "allowed: a name\n"
-      "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/component[1]/type: is missing; "
-      "allowed: c-vlan-component, s-vlan-component, d-bridge-component, "
-      "edge-relay-component\n" );
+   EXPECT_EQ( portsOf( read( ieee( "{\"component\":[{}]}", "" ) ) ),
+              "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/name: is missing; allowed: a "
+              "name\n"
+              "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/address: is missing; allowed: "
+              "six octets such as \"02-00-5E-00-53-01\"\n"
+              "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/bridge-type: is missing; "
+              "allowed: customer-vlan-bridge, provider-bridge, provider-edge-bridge, "
+              "two-port-mac-relay-bridge\n"
+              "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/component[1]/name: is missing; "
+              "allowed: a name\n"
+              "f.json:2: /ieee802-dot1q-bridge:bridges/bridge[1]/component[1]/type: is missing; "
+              "allowed: c-vlan-component, s-vlan-component, d-bridge-component, "
+              "edge-relay-component\n" );
 }
 
 TEST( Ieee8021qBridges, HaveUniqueNamesAndAddresses ) {
@@ -376,16 +364,15 @@ TEST( Ieee8021qBridges, CheckTheFormOfAddressesAndNames ) {
 }
 
 TEST( Ieee8021qBridges, ComponentsHaveUniqueNames ) {
-   EXPECT_EQ(
-      portsOf( read( ieee( R"({"name":"b","address":"00-00-5E-00-53-01",)"
-                           R"("bridge-type":"provider-bridge","component":[)"
-                           "\n"
-                           R"({"name":"c","type":"c-vlan-component"},)"
-                           "\n"
-                           R"({"name":"c","type":"c-vlan-component"}]})",
-                           "" ) ) ),
-      "f.json:4: /ieee802-dot1q-bridge:bridges/bridge[name='b']/component[name='c']/name: "
-      "value \"c\" is already used on line 3; allowed: each key once\n" );
+   EXPECT_EQ( portsOf( read( ieee( R"({"name":"b","address":"00-00-5E-00-53-01",)"
+                                   R"("bridge-type":"provider-bridge","component":[)"
+                                   "\n"
+                                   R"({"name":"c","type":"c-vlan-component"},)"
+                                   "\n"
+                                   R"({"name":"c","type":"c-vlan-component"}]})",
+                                   "" ) ) ),
+              "f.json:4: /ieee802-dot1q-bridge:bridges/bridge[name='b']/component[name='c']/name: "
+              "value \"c\" is already used on line 3; allowed: each key once\n" );
 }
 
 TEST( Ieee8021qBridges, APortNamesAComponentOfItsBridge ) {
@@ -407,37 +394,35 @@ TEST( Ieee8021qBridges, APortThatNamesABridgeNeedsAComponentForItsTables ) {
 }
 
 TEST( Ieee8021qBridges, AFileWithoutBridgesHasNoneToName ) {
-   EXPECT_EQ(
-      portsOf( read( R"({"ietf-interfaces:interfaces":{"interface":[{"name":"e",)"
-                     R"("type":"iana-if-type:bridge","ieee802-dot1q-bridge:bridge-port":)"
-                     R"({"bridge-name":"b"}}]}})" ) ),
-      "f.json:1: /ietf-interfaces:interfaces/interface[name='e']/"
-      "ieee802-dot1q-bridge:bridge-port/bridge-name: value \"b\" names no bridge of this "
-      "file; allowed: none, as there is none\n" );
+   EXPECT_EQ( portsOf( read( R"({"ietf-interfaces:interfaces":{"interface":[{"name":"e",)"
+                             R"("type":"iana-if-type:bridge","ieee802-dot1q-bridge:bridge-port":)"
+                             R"({"bridge-name":"b"}}]}})" ) ),
+              "f.json:1: /ietf-interfaces:interfaces/interface[name='e']/"
+              "ieee802-dot1q-bridge:bridge-port/bridge-name: value \"b\" names no bridge of this "
+              "file; allowed: none, as there is none\n" );
 }
 
 TEST( Ieee8021qBridges, APortOfADBridgeComponentHasNoTables ) {
-   EXPECT_EQ( portsOf( read(
-                 ieee( R"({"name":"b","address":"00-00-5E-00-53-01",)"
-                       R"("bridge-type":"provider-bridge",)"
-                       R"("component":[{"name":"d","type":"d-bridge-component"}]})",
-                       R"({"name":"e","type":"iana-if-type:bridge",)"
-                       R"("ieee802-dot1q-bridge:bridge-port":{"bridge-name":"b",)"
-                       R"("component-name":"d",)"
-                       "\n"
-                       R"("egress-vid-translations":[{"relay-vid":1,"local-vid":1}]}})" ) ) ),
-              "f.json:5: /ietf-interfaces:interfaces/interface[name='e']/"
-              "ieee802-dot1q-bridge:bridge-port/egress-vid-translations: a port of a "
-              "d-bridge-component "
-              "has no translation table; allowed: components of another type\n" );
+   EXPECT_EQ(
+      portsOf( read( ieee( R"({"name":"b","address":"00-00-5E-00-53-01",)"
+                           R"("bridge-type":"provider-bridge",)"
+                           R"("component":[{"name":"d","type":"d-bridge-component"}]})",
+                           R"({"name":"e","type":"iana-if-type:bridge",)"
+                           R"("ieee802-dot1q-bridge:bridge-port":{"bridge-name":"b",)"
+                           R"("component-name":"d",)"
+                           "\n"
+                           R"("egress-vid-translations":[{"relay-vid":1,"local-vid":1}]}})" ) ) ),
+      "f.json:5: /ietf-interfaces:interfaces/interface[name='e']/"
+      "ieee802-dot1q-bridge:bridge-port/egress-vid-translations: a port of a "
+      "d-bridge-component "
+      "has no translation table; allowed: components of another type\n" );
 }
 
 TEST( Ieee8021qBridges, ALongListOfNamesIsCutShort ) {
    std::string bridges;
    for ( char i = 'a'; i <= 'j'; ++i ) {
       bridges += std::string( bridges.empty() ? "" : "," ) + R"({"name":")" + i +
-                 R"(","address":"00-00-5E-00-53-0)" + i +
-                 R"(","bridge-type":"provider-bridge"})";
+                 R"(","address":"00-00-5E-00-53-0)" + i + R"(","bridge-type":"provider-bridge"})";
    }
    // The last octet of g to j is no hexadecimal number: those are findings of their own.
    const std::string text = portsOf(

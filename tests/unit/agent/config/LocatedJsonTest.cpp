@@ -18,8 +18,8 @@ rendered( const JsonValue& value ) {
    if ( const JsonObject* object = value.object() ) {
       out += '{';
       for ( const JsonMember& member : *object ) {
-         out += ( out.size() > 1 ? " " : "" ) + member.name + '@' +
-                std::to_string( member.line ) + ':' + rendered( member.value );
+         out += ( out.size() > 1 ? " " : "" ) + member.name + '@' + std::to_string( member.line ) +
+                ':' + rendered( member.value );
       }
       out += '}';
    } else if ( const JsonArray* array = value.array() ) {
@@ -105,9 +105,9 @@ TEST( LocatedJson, NamesTheKindOfAValue ) {
    for ( const JsonValue& item : *json.value->array() ) {
       kinds += std::string( item.kind() ) + "; ";
    }
-   EXPECT_EQ(
-      kinds, "null; a boolean; an integer number; an integer number; a number with fraction or "
-             "exponent; an integer number; a string; an array; an object; " );
+   EXPECT_EQ( kinds,
+              "null; a boolean; an integer number; an integer number; a number with fraction or "
+              "exponent; an integer number; a string; an array; an object; " );
 }
 
 TEST( LocatedJson, DecodesEscapes ) {
@@ -175,14 +175,12 @@ INSTANTIATE_TEST_SUITE_P(
       Broken{ "RawNewlineInAString", "[\n\"ab\ncd\"]",
               "2: syntax error while parsing value - invalid string: control character U+000A "
               "(LF) must be escaped to \\u000A or \\n; last read: '\"ab<U+000A>'" },
-      Broken{
-         "IllFormedUtf8", "[\"\xff\"]",
-         "1: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
-         "read: '\"\\xff'" },
-      Broken{
-         "OverlongUtf8", "[\"\xc0\xaf\"]",
-         "1: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
-         "read: '\"\\xc0'" },
+      Broken{ "IllFormedUtf8", "[\"\xff\"]",
+              "1: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
+              "read: '\"\\xff'" },
+      Broken{ "OverlongUtf8", "[\"\xc0\xaf\"]",
+              "1: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
+              "read: '\"\\xc0'" },
       Broken{ "LoneSurrogate", R"(["\ud800"])",
               "1: syntax error while parsing value - invalid string: surrogate U+D800..U+DBFF "
               "must be followed by U+DC00..U+DFFF; last read: '\"\\ud800\"'" } ),

@@ -74,9 +74,8 @@ TEST( OpenConfigMatch, ARangeHoldsBothItsEnds ) {
 }
 
 TEST( OpenConfigMatch, RangesInPiecesAddUp ) {
-   EXPECT_EQ(
-      ports( { taggedRange( "12", "13" ) + in( 7 ), taggedRange( "10", "11" ) + in( 7 ) } ),
-      "eth1: 10>7 11>7 12>7 13>7;\n" );
+   EXPECT_EQ( ports( { taggedRange( "12", "13" ) + in( 7 ), taggedRange( "10", "11" ) + in( 7 ) } ),
+              "eth1: 10>7 11>7 12>7 13>7;\n" );
 }
 
 TEST( OpenConfigMatch, AnUpsideDownRangeIsRefused ) {
@@ -121,11 +120,10 @@ TEST( OpenConfigMatch, TheLeavesOfAKindMustBeThere ) {
    EXPECT_EQ( ports( { taggedList( "" ) + in( 7 ) } ),
               "f.json:3: " + vlanPath( 1, "/match/single-tagged-list/config/vlan-ids" ) +
                  ": value [] is empty; allowed: an array of one or more VIDs 1..4094\n" );
-   EXPECT_EQ(
-      ports( { R"("match":{"single-tagged-list":{"config":{"vlan-ids":5}}})" + in( 7 ) } ),
-      "f.json:3: " + vlanPath( 1, "/match/single-tagged-list/config/vlan-ids" ) +
-         ": value 5 has the wrong type, an integer number; allowed: an array of one or "
-         "more VIDs 1..4094\n" );
+   EXPECT_EQ( ports( { R"("match":{"single-tagged-list":{"config":{"vlan-ids":5}}})" + in( 7 ) } ),
+              "f.json:3: " + vlanPath( 1, "/match/single-tagged-list/config/vlan-ids" ) +
+                 ": value 5 has the wrong type, an integer number; allowed: an array of one or "
+                 "more VIDs 1..4094\n" );
 }
 
 TEST( OpenConfigMatch, OneSubinterfaceHasOneKind ) {
@@ -192,13 +190,12 @@ TEST( OpenConfigMatch, PortsDoNotShareTheirVids ) {
 }
 
 TEST( OpenConfigMatch, WithoutMappingItIsReportedAsUnused ) {
-   EXPECT_EQ(
-      unusedOf( read(
-         openConfig( openConfigPort( "a", subinterface( 1, taggedRange( "5", "6" ) ) ) ) ) ),
-      "/openconfig-interfaces:interfaces/interface/config/type 1 checked, has no effect\n"
-      "/openconfig-interfaces:interfaces/interface/subinterfaces/subinterface/"
-      "openconfig-vlan:vlan/match/single-tagged-range/config 1 matched without an "
-      "ingress-mapping\n" );
+   EXPECT_EQ( unusedOf( read( openConfig(
+                 openConfigPort( "a", subinterface( 1, taggedRange( "5", "6" ) ) ) ) ) ),
+              "/openconfig-interfaces:interfaces/interface/config/type 1 checked, has no effect\n"
+              "/openconfig-interfaces:interfaces/interface/subinterfaces/subinterface/"
+              "openconfig-vlan:vlan/match/single-tagged-range/config 1 matched without an "
+              "ingress-mapping\n" );
 }
 
 // --- mappings
@@ -219,16 +216,15 @@ TEST( OpenConfigMapping, OnlySwapIsCarriedOut ) {
             Action{ R"("config":{"vlan-stack-action":"TWIST","vlan-id":7})",
                     "/config/vlan-stack-action",
                     "value \"TWIST\" is unknown; allowed: PUSH, POP, SWAP" },
-            Action{ R"("config":{"vlan-stack-action":3,"vlan-id":7})",
-                    "/config/vlan-stack-action",
+            Action{ R"("config":{"vlan-stack-action":3,"vlan-id":7})", "/config/vlan-stack-action",
                     "value 3 has the wrong type, an integer number; allowed: PUSH, POP, SWAP" },
             Action{ R"("config":{"vlan-id":7})", "/config/vlan-stack-action",
                     "is missing; allowed: SWAP" },
             Action{ "", "/config/vlan-stack-action", "is missing; allowed: SWAP" },
             Action{ R"("config":{"vlan-stack-action":"SWAP"})", "/config/vlan-id",
                     "is missing; allowed: 1..4094" },
-            Action{ R"("config":{"vlan-stack-action":"SWAP","vlan-id":4095})",
-                    "/config/vlan-id", "value 4095 is not allowed; allowed: 1..4094" },
+            Action{ R"("config":{"vlan-stack-action":"SWAP","vlan-id":4095})", "/config/vlan-id",
+                    "value 4095 is not allowed; allowed: 1..4094" },
             Action{ R"("config":{"vlan-stack-action":"SWAP","vlan-id":7,"tpid":"TPID_0X88A8"})",
                     "/config/tpid",
                     "value \"TPID_0X88A8\" lacks its module name; allowed: "
@@ -254,20 +250,18 @@ TEST( OpenConfigMapping, ATpidOfTheModelIsCheckedAndHasNoEffect ) {
                           R"(,"ingress-mapping":{"config":{"vlan-stack-action":"SWAP",)"
                           R"("vlan-id":7,"tpid":"openconfig-vlan-types:TPID_0X88A8"}})" ) ) ) );
    EXPECT_EQ( portsOf( result ), "a: 5>7;\n" );
-   EXPECT_NE(
-      unusedOf( result ).find( "/ingress-mapping/config/tpid 1 checked, has no effect\n" ),
-      std::string::npos );
+   EXPECT_NE( unusedOf( result ).find( "/ingress-mapping/config/tpid 1 checked, has no effect\n" ),
+              std::string::npos );
 }
 
 TEST( OpenConfigMapping, SubinterfacesOfOneRelayAgreeOnTheEgressVid ) {
    EXPECT_EQ( ports( { tagged( "5" ) + in( 7 ) + out( 5 ), tagged( "6" ) + in( 7 ) + out( 5 ),
                        tagged( "8" ) + in( 7 ) } ),
               "eth1: 5>7 6>7 8>7; 7>5\n" );
-   EXPECT_EQ(
-      ports( { tagged( "5" ) + in( 7 ) + out( 5 ), tagged( "6" ) + in( 7 ) + out( 6 ) } ),
-      "f.json:4: " + vlanPath( 2, "/egress-mapping/config/vlan-id" ) +
-         ": value 6 conflicts with 5 for relay VID 7 in subinterface 1 on line 3; "
-         "allowed: one egress VID for each relay VID of a port\n" );
+   EXPECT_EQ( ports( { tagged( "5" ) + in( 7 ) + out( 5 ), tagged( "6" ) + in( 7 ) + out( 6 ) } ),
+              "f.json:4: " + vlanPath( 2, "/egress-mapping/config/vlan-id" ) +
+                 ": value 6 conflicts with 5 for relay VID 7 in subinterface 1 on line 3; "
+                 "allowed: one egress VID for each relay VID of a port\n" );
 }
 
 TEST( OpenConfigMapping, AnEgressMappingNeedsAnIngressMapping ) {
@@ -280,15 +274,14 @@ TEST( OpenConfigMapping, AnEgressMappingNeedsAnIngressMapping ) {
 // --- interfaces and subinterfaces
 
 TEST( OpenConfigInterfaces, NeedNameAndType ) {
-   EXPECT_EQ(
-      portsOf( read( openConfig( "{},\n{\"name\":\"e\",\"config\":{}}" ) ) ),
-      "f.json:2: /openconfig-interfaces:interfaces/interface[1]/name: is missing; "
-      "allowed: a name\n"
-      "f.json:2: /openconfig-interfaces:interfaces/interface[1]/config/type: is missing; "
-      "allowed: an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n"
-      "f.json:3: /openconfig-interfaces:interfaces/interface[name='e']/config/type: is "
-      "missing; allowed: an identity of iana-if-type, such as "
-      "\"iana-if-type:ethernetCsmacd\"\n" );
+   EXPECT_EQ( portsOf( read( openConfig( "{},\n{\"name\":\"e\",\"config\":{}}" ) ) ),
+              "f.json:2: /openconfig-interfaces:interfaces/interface[1]/name: is missing; "
+              "allowed: a name\n"
+              "f.json:2: /openconfig-interfaces:interfaces/interface[1]/config/type: is missing; "
+              "allowed: an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n"
+              "f.json:3: /openconfig-interfaces:interfaces/interface[name='e']/config/type: is "
+              "missing; allowed: an identity of iana-if-type, such as "
+              "\"iana-if-type:ethernetCsmacd\"\n" );
 }
 
 TEST( OpenConfigInterfaces, HaveUniqueNames ) {
@@ -299,37 +292,34 @@ TEST( OpenConfigInterfaces, HaveUniqueNames ) {
 }
 
 TEST( OpenConfigInterfaces, TheNameInConfigEqualsTheKey ) {
-   EXPECT_EQ(
-      portsOf( read( openConfig( R"({"name":"eth1","config":{"name":"eth2",)"
-                                 R"("type":"iana-if-type:other"}})" ) ) ),
-      "f.json:2: " + kPort +
-         "/config/name: value \"eth2\" differs from the key of its list entry; allowed: "
-         "\"eth1\"\n" );
+   EXPECT_EQ( portsOf( read( openConfig( R"({"name":"eth1","config":{"name":"eth2",)"
+                                         R"("type":"iana-if-type:other"}})" ) ) ),
+              "f.json:2: " + kPort +
+                 "/config/name: value \"eth2\" differs from the key of its list entry; allowed: "
+                 "\"eth1\"\n" );
 }
 
 TEST( OpenConfigInterfaces, HaveATypeOfTheRegistry ) {
-   EXPECT_EQ(
-      portsOf( read( openConfig( R"({"name":"eth1","config":{)"
-                                 R"("type":"iana-if-type:warp"}})" ) ) ),
-      "f.json:2: " + kPort +
-         "/config/type: value \"iana-if-type:warp\" is unknown; allowed: an identity of "
-         "iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n" );
+   EXPECT_EQ( portsOf( read( openConfig( R"({"name":"eth1","config":{)"
+                                         R"("type":"iana-if-type:warp"}})" ) ) ),
+              "f.json:2: " + kPort +
+                 "/config/type: value \"iana-if-type:warp\" is unknown; allowed: an identity of "
+                 "iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n" );
 }
 
 TEST( OpenConfigSubinterfaces, AreNumberedOnceEach ) {
-   EXPECT_EQ(
-      portsOf( read( openConfig(
-         openConfigPort( "eth1", "{\"index\":1},\n{\"index\":1},\n{},\n{\"index\":-1}" ) ) ) ),
-      "f.json:4: " + kPort +
-         "/subinterfaces/subinterface[index='1']/index: value 1 is already used on line "
-         "3; allowed: each key once\n"
-         "f.json:5: " +
-         kPort +
-         "/subinterfaces/subinterface[3]/index: is missing; allowed: 0..4294967295\n"
-         "f.json:6: " +
-         kPort +
-         "/subinterfaces/subinterface[index='-1']/index: value -1 is not allowed; "
-         "allowed: 0..4294967295\n" );
+   EXPECT_EQ( portsOf( read( openConfig( openConfigPort(
+                 "eth1", "{\"index\":1},\n{\"index\":1},\n{},\n{\"index\":-1}" ) ) ) ),
+              "f.json:4: " + kPort +
+                 "/subinterfaces/subinterface[index='1']/index: value 1 is already used on line "
+                 "3; allowed: each key once\n"
+                 "f.json:5: " +
+                 kPort +
+                 "/subinterfaces/subinterface[3]/index: is missing; allowed: 0..4294967295\n"
+                 "f.json:6: " +
+                 kPort +
+                 "/subinterfaces/subinterface[index='-1']/index: value -1 is not allowed; "
+                 "allowed: 0..4294967295\n" );
 }
 
 TEST( OpenConfigSubinterfaces, TheIndexInConfigEqualsTheKey ) {
@@ -344,9 +334,8 @@ TEST( OpenConfigSubinterfaces, TheIndexInConfigEqualsTheKey ) {
 TEST( OpenConfigSubinterfaces, WithoutVlanAreUnused ) {
    EXPECT_EQ(
       unusedOf( read( openConfig( openConfigPort(
-         "eth1",
-         R"({"index":0,"config":{"index":0,"enabled":false},)"
-         R"("openconfig-if-ip:ipv4":{"unnumbered":{"config":{"enabled":true}}}})" ) ) ) ),
+         "eth1", R"({"index":0,"config":{"index":0,"enabled":false},)"
+                 R"("openconfig-if-ip:ipv4":{"unnumbered":{"config":{"enabled":true}}}})" ) ) ) ),
       "/openconfig-interfaces:interfaces/interface/config/type 1 checked, has no effect\n"
       "/openconfig-interfaces:interfaces/interface/subinterfaces/subinterface/config/"
       "enabled 1 not used by this agent\n"
@@ -355,11 +344,10 @@ TEST( OpenConfigSubinterfaces, WithoutVlanAreUnused ) {
 }
 
 TEST( OpenConfigSubinterfaces, AVlanWithoutItsModuleNameIsNotPassedOver ) {
-   EXPECT_EQ(
-      portsOf( read( openConfig( openConfigPort( "eth1", R"({"index":1,"vlan":{}})" ) ) ) ),
-      "f.json:3: " + kPort +
-         "/subinterfaces/subinterface[index='1']/vlan: value {} lacks its module name; "
-         "allowed: \"openconfig-vlan:vlan\"\n" );
+   EXPECT_EQ( portsOf( read( openConfig( openConfigPort( "eth1", R"({"index":1,"vlan":{}})" ) ) ) ),
+              "f.json:3: " + kPort +
+                 "/subinterfaces/subinterface[index='1']/vlan: value {} lacks its module name; "
+                 "allowed: \"openconfig-vlan:vlan\"\n" );
 }
 
 TEST( OpenConfigSubinterfaces, ThePrefixOfTheOwnModuleIsOptional ) {
@@ -394,20 +382,18 @@ TEST( OpenConfigAggregates, AMemberMayStandBeforeOrBehindItsAggregate ) {
 
 TEST( OpenConfigAggregates, AMemberNamesAnInterfaceOfTheFile ) {
    const std::string path = kPort + "/openconfig-if-ethernet:ethernet/config/";
-   EXPECT_EQ(
-      portsOf( read(
-         openConfig( member( "eth1", R"("openconfig-if-aggregate:aggregate-id":"lag")" ) ) ) ),
-      "f.json:2: " + path +
-         "openconfig-if-aggregate:aggregate-id: value \"lag\" names no interface of this "
-         "file; allowed: the name of an interface of this file\n" );
-   EXPECT_EQ(
-      portsOf( read(
-         openConfig( member( "eth1", R"("openconfig-if-aggregate:aggregate-id":"eth1")" ) ) ) ),
-      "f.json:2: " + path +
-         "openconfig-if-aggregate:aggregate-id: value \"eth1\" is the interface itself; "
-         "allowed: the name of another interface\n" );
    EXPECT_EQ( portsOf( read( openConfig(
-                 member( "eth1", R"("openconfig-if-aggregate:aggregate-id":1)" ) ) ) ),
+                 member( "eth1", R"("openconfig-if-aggregate:aggregate-id":"lag")" ) ) ) ),
+              "f.json:2: " + path +
+                 "openconfig-if-aggregate:aggregate-id: value \"lag\" names no interface of this "
+                 "file; allowed: the name of an interface of this file\n" );
+   EXPECT_EQ( portsOf( read( openConfig(
+                 member( "eth1", R"("openconfig-if-aggregate:aggregate-id":"eth1")" ) ) ) ),
+              "f.json:2: " + path +
+                 "openconfig-if-aggregate:aggregate-id: value \"eth1\" is the interface itself; "
+                 "allowed: the name of another interface\n" );
+   EXPECT_EQ( portsOf( read(
+                 openConfig( member( "eth1", R"("openconfig-if-aggregate:aggregate-id":1)" ) ) ) ),
               "f.json:2: " + path +
                  "openconfig-if-aggregate:aggregate-id: value 1 has the wrong type, an integer "
                  "number; allowed: a JSON string\n" );

@@ -11,8 +11,8 @@ namespace {
 
 class PlaceTest : public testing::Test {
  protected:
-   const ParsedJson json_ = parseJson(
-      R"({"m:list": [{"key": "it's", "other:leaf": 1, "m:plain": 2}, {"key": 7}]})" );
+   const ParsedJson json_ =
+      parseJson( R"({"m:list": [{"key": "it's", "other:leaf": 1, "m:plain": 2}, {"key": 7}]})" );
    const Place root_{ *json_.value };
    const Place list_{ root_, ( *json_.value->object() )[ 0 ] };
    const JsonValue& entry_ = ( *list_.value().array() )[ 0 ];

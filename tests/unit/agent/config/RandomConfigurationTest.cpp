@@ -142,10 +142,9 @@ class RandomConfiguration : public testing::Test {
          for ( const auto& [ relay, ids ] : byRelay ) {
             for ( const std::string& match : matches( ids ) ) {
                const auto out = port.egress.find( relay );
-               vlans.push_back( match + ',' + swapMapping( "ingress", relay ) +
-                                ( out == port.egress.end()
-                                     ? ""
-                                     : ',' + swapMapping( "egress", out->second ) ) );
+               vlans.push_back(
+                  match + ',' + swapMapping( "ingress", relay ) +
+                  ( out == port.egress.end() ? "" : ',' + swapMapping( "egress", out->second ) ) );
             }
          }
          std::shuffle( vlans.begin(), vlans.end(), random_ );
@@ -178,8 +177,7 @@ class RandomConfiguration : public testing::Test {
 
    static constexpr int kRounds = 60;
    const std::uint64_t seed_ = testSeed();
-   testing::ScopedTrace trace_{ __FILE__, __LINE__,
-                                "MOX_TEST_SEED=" + std::to_string( seed_ ) };
+   testing::ScopedTrace trace_{ __FILE__, __LINE__, "MOX_TEST_SEED=" + std::to_string( seed_ ) };
    std::mt19937_64 random_{ seed_ };
 };
 

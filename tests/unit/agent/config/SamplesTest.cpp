@@ -50,8 +50,7 @@ rangesOf( const ReadResult& result ) {
                  all[ end ].vlan == all[ end - 1 ].vlan + 1 ) {
             ++end;
          }
-         ranges.emplace_back( all[ i ].vlan - all[ end - 1 ].vlan, all[ i ].vlan,
-                              all[ i ].relay );
+         ranges.emplace_back( all[ i ].vlan - all[ end - 1 ].vlan, all[ i ].vlan, all[ i ].relay );
          i = end;
       }
       std::sort( ranges.begin(), ranges.end() );
@@ -108,9 +107,7 @@ INSTANTIATE_TEST_SUITE_P( Samples, SampleFile,
                                                    "expected-small-openconfig.tsv", 7, 242, 2 },
                                            Sample{ "Switch52Port", "switch-52port.json",
                                                    "expected-52port.tsv", 52, 36775, 0 } ),
-                          []( const auto& sample ) {
-                             return std::string( sample.param.name );
-                          } );
+                          []( const auto& sample ) { return std::string( sample.param.name ); } );
 
 }   // namespace
 }   // namespace Agent

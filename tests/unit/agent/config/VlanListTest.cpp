@@ -32,8 +32,8 @@ TEST( FormatVlanList, WritesAllIdsAsOneRange ) {
 }
 
 TEST( FormatVlanList, RefusesIdsThatDoNotAscendWithinTheRange ) {
-   for ( const Ids& ids : { Ids{ 2, 1 }, Ids{ 2, 2 }, Ids{ 0 }, Ids{ 4095 }, Ids{ 4094, 4095 },
-                            Ids{ 65535, 0 } } ) {
+   for ( const Ids& ids :
+         { Ids{ 2, 1 }, Ids{ 2, 2 }, Ids{ 0 }, Ids{ 4095 }, Ids{ 4094, 4095 }, Ids{ 65535, 0 } } ) {
       EXPECT_THROW( formatVlanList( ids ), std::invalid_argument );
    }
 }
@@ -45,8 +45,7 @@ parsed( std::string_view text ) {
       return formatVlanList( list.ids );
    }
    EXPECT_TRUE( list.ids.empty() );
-   EXPECT_TRUE(
-      list.error.starts_with( "offset " + std::to_string( list.errorOffset ) + ':' ) );
+   EXPECT_TRUE( list.error.starts_with( "offset " + std::to_string( list.errorOffset ) + ':' ) );
    return list.error;
 }
 

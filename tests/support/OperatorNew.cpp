@@ -1,0 +1,82 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "tests/support/OperatorNew.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace TestSupport {
+namespace {
+
+std::uint64_t requests = 0;
+std::function< void() > hook;
+bool inHook = false;
+
+class InHook {
+ public:
+   InHook() { inHook = true; }
+   ~InHook() { inHook = false; }
+};
+
+void*
+requested( std::size_t size ) {
+   ++requests;
+   if ( hook && !inHook ) {
+      const InHook guard;
+      hook();
+   }
+   if ( void* memory = std::malloc( size == 0 ? 1 : size ) ) {
+      return memory;
+   }
+   throw std::bad_alloc();
+}
+
+}   // namespace
+
+std::uint64_t
+newRequests() {
+   return requests;
+}
+
+OperatorNewHook::OperatorNewHook( std::function< void() > request ) {
+   hook = std::move( request );
+}
+
+OperatorNewHook::~OperatorNewHook() {
+   hook = nullptr;
+}
+
+}   // namespace TestSupport
+
+void*
+operator new( std::size_t size ) {
+   return TestSupport::requested( size );
+}
+
+void*
+operator new[]( std::size_t size ) {
+   return TestSupport::requested( size );
+}
+
+void
+operator delete( void* memory ) noexcept {
+   std::free( memory );
+}
+
+void
+operator delete[]( void* memory ) noexcept {
+   std::free( memory );
+}
+
+void
+operator delete( void* memory, std::size_t ) noexcept {
+   std::free( memory );
+}
+
+void
+operator delete[]( void* memory, std::size_t ) noexcept {
+   std::free( memory );
+}

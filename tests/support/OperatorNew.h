@@ -1,0 +1,28 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// OperatorNew: lets a test watch and refuse the requests for memory of its own process.
+//
+// OperatorNew.cpp replaces the global operator new; it is a source of the test program that
+// wants it. Threads: one.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace TestSupport {
+
+/// Requests that came so far.
+std::uint64_t newRequests();
+
+/// While it lives, `request` runs before each request for memory, but not for those that it makes
+/// itself; what it throws refuses the request.
+class OperatorNewHook {
+ public:
+   explicit OperatorNewHook( std::function< void() > request );
+   ~OperatorNewHook();
+   OperatorNewHook( const OperatorNewHook& ) = delete;
+   OperatorNewHook& operator=( const OperatorNewHook& ) = delete;
+};
+
+}   // namespace TestSupport

@@ -1,0 +1,85 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// Collections: the three kinds of collection that the container tests run on.
+//
+// Each maps a number to a number and offers is() (insert or overwrite) and show() ("1=10 2=20").
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "Zel/HashMap2018.h"
+#include "Zel/NewEntity.h"
+#include "Zel/RbTreeMap.h"
+
+namespace TestCollections {
+
+/// A number whose greater values come first.
+struct Backward {
+   std::uint32_t number = 0;
+   friend bool operator==( Backward, Backward ) = default;
+   friend bool operator<( Backward a, Backward b ) { return a.number > b.number; }
+};
+
+inline std::uint32_t
+numberOf( std::uint32_t key ) {
+   return key;
+}
+inline std::uint32_t
+numberOf( Backward key ) {
+   return key.number;
+}
+
+/// A node with a key and a value.
+template < class Base, class Key >
+class KeyedNode : public Base {
+ public:
+   static constexpr const char* zelTypeName = "TestCollections::KeyedNode";
+   const Key& key() const { return key_; }
+   int value() const { return value_; }
+   void valueIs( int value ) { value_ = value; }
+
+ protected:
+   KeyedNode( Key key, int value ) : key_( key ), value_( value ) {}
+
+ private:
+   const Key key_;
+   int value_;
+};
+
+/// The collection's map with a mutator and a rendering.
+template < class MapType >
+struct Collection : MapType {
+   using Key = typename MapType::Key;
+   using Node = typename MapType::Node;
+
+   /// Inserts or overwrites in place.
+   void is( std::uint32_t number, int value ) {
+      const Key key{ number };
+      if ( Node* node = this->findNode( key ) ) {
+         node->valueIs( value );
+      } else {
+         this->insert( Zel::newEntity< Node >( key, value ) );
+      }
+   }
+   bool erase( std::uint32_t number ) { return this->del( Key{ number } ) != nullptr; }
+
+   std::string show() const {
+      std::string text;
+      for ( const Node& node : *this ) {
+         text += ( text.empty() ? "" : " " ) + std::to_string( numberOf( node.key() ) ) + "=" +
+                 std::to_string( node.value() );
+      }
+      return text;
+   }
+};
+
+using Ascending =
+   Collection< Zel::RbTreeMap< KeyedNode< Zel::RbTreeNode< std::uint32_t >, std::uint32_t > > >;
+using Descending =
+   Collection< Zel::RbTreeMap< KeyedNode< Zel::RbTreeNode< Backward >, Backward > > >;
+using Hashed =
+   Collection< Zel::HashMap2018< KeyedNode< Zel::HashNode, std::uint32_t >, 0x1234567 > >;
+
+}   // namespace TestCollections
