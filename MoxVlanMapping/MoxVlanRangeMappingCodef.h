@@ -21,10 +21,10 @@
 // schedule calls vlanXlateCodefComplete().
 //
 // Hooks       processSortedVlanRange() may schedule and unschedule other interfaces, change any
-//             ranges, drop the codef, and throw: then its interface stays first in the schedule, the
-//             task is asked for again, and the exception reaches the caller of the scheduler. A mark that
-//             it makes for the interface it is called for does not outlast the call; schedule
-//             that one from vlanXlateCodefComplete().
+//             ranges, drop the codef, and throw: then its interface stays first in the schedule,
+//             the task is asked for again, and the exception reaches the caller of the scheduler.
+//             A mark that it makes for the interface it is called for does not outlast the call;
+//             schedule that one from vlanXlateCodefComplete().
 // Ownership   Holds scheduler, directories and task; its notifiees hold what they watch.
 // Slots       Behind the framework's: vlanXlateCodefComplete, processSortedVlanRange.
 // Threads     One thread, no locks.

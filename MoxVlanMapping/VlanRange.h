@@ -66,7 +66,8 @@ class ZEL_EXPORT VlanRangeXlateMapping {
    Bridging::VlanXlateMapping mapping_;
 };
 
-/// "Value('MoxVlanMapping::VlanRangeXlateMapping', ** {'lowVid': 10, 'highVid': 20, 'mapping': ...})"
+/// "Value('MoxVlanMapping::VlanRangeXlateMapping', ** {'lowVid': 10, 'highVid': 20,
+/// 'mapping': ...})", in one line.
 ZEL_EXPORT Zel::String valueToStrep( const VlanRangeXlateMapping& range );
 ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const VlanRangeXlateMapping& range );
 

@@ -6,7 +6,8 @@
 // Holds the VLAN mapping directories (made with it, never replaced) and which port is a member
 // of which link aggregate.
 //
-// Notifies    kAttrPortToLag with the port's Corvel::IntfId, for every insertion, change and deletion.
+// Notifies    kAttrPortToLag with the port's Corvel::IntfId, for every insertion, change and
+//             deletion.
 // Threads     One thread, no locks.
 #pragma once
 

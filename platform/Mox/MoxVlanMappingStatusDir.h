@@ -3,8 +3,8 @@
 //
 // MoxVlanMappingStatusDir: the VLAN mappings in force, by port and VLAN.
 //
-// Notifies    kAttrStatus with the record's key, for every insertion, change and deletion; writing an
-//             equal record again is no change.
+// Notifies    kAttrStatus with the record's key, for every insertion, change and deletion;
+//             writing an equal record again is no change.
 // Cost        O(1) on average.
 // Threads     One thread, no locks.
 #pragma once

@@ -8,7 +8,8 @@
 //            is told when the first task is queued, so that the loop can be woken.
 // Exceptions What leaves a task's run reaches the caller of runOnce(); the task is queued again
 //            and the scheduler stays usable.
-// Ownership  Holds its clock. Queued tasks are plain pointers; a task leaves the queue when it goes.
+// Ownership  Holds its clock. Queued tasks are plain pointers; a task leaves the queue when it
+//            goes.
 // Threads    One thread, no locks.
 #pragma once
 
