@@ -3,6 +3,8 @@
 //
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
 
+#include <cstdint>
+
 #include "Zel/Assert.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Trace.h"
@@ -36,6 +38,26 @@ VlanRangeXlateMapping
 rangeOf( const VlanRangeEntry& entry,
          const VlanRangeEntry::RevSortedStartVidMap::Iterator& start ) {
    return entry.vlanIdRange( VlanId( start->key().value() ) );
+}
+
+// Elements are made before the first change of a call: when memory runs out, the index is as it
+// was.
+Zel::Ptr< VlanRangeEntry::ZelVlanIdRange >
+newRangeElement( VlanId lowVid, VlanId highVid, VlanXlateMapping mapping ) {
+   return Zel::newEntity< VlanRangeEntry::ZelVlanIdRange >(
+      VlanRangeXlateMapping( lowVid, highVid, mapping ) );
+}
+
+Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid >
+newStartElement( VlanId start ) {
+   return Zel::newEntity< VlanRangeEntry::ZelRevSortedStartVid >(
+      ReverseStartIdVlanId( start.value() ), true );
+}
+
+// Throws the range exception for what fromRaw() let pass.
+void
+requireVlanId( VlanId id ) {
+   static_cast< void >( VlanId( id.value() ) );
 }
 
 bool
@@ -114,8 +136,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       vid.value() != VlanId::kLowest &&
       isVidAndDot1qInLowerBoundRange( intfId, VlanId( vid.value() - 1u ), mapping );
 
-   VlanId lowVid = vid;
-   VlanId highVid = vid;
+   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > newRange;
    if ( joinsLower && joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " merge 2 ranges " );
       const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
@@ -124,34 +145,35 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
+      newRange = newRangeElement( lBoundRange.lowVid(), uBoundRange.highVid(), mapping );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
-      lowVid = lBoundRange.lowVid();
-      highVid = uBoundRange.highVid();
    } else if ( joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to start of curRange " );
       const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
+      newRange = newRangeElement( vid, uBoundRange.highVid(), mapping );
+      const auto newStart = newStartElement( vid );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
-      vlanRangeEntry->revSortedStartVidIs( vid.value(), true );
-      highVid = uBoundRange.highVid();
+      vlanRangeEntry->revSortedStartVidIs( newStart );
    } else if ( joinsLower ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to end of prev range" );
       const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
+      newRange = newRangeElement( lBoundRange.lowVid(), vid, mapping );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
-      lowVid = lBoundRange.lowVid();
    } else {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
-      vlanRangeEntry->revSortedStartVidIs( vid.value(), true );
+      newRange = newRangeElement( vid, vid, mapping );
+      vlanRangeEntry->revSortedStartVidIs( newStartElement( vid ) );
    }
-   const VlanRangeXlateMapping newRange( lowVid, highVid, mapping );
    vlanRangeEntry->vlanIdRangeIs( newRange );
-   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " adding new Range: ", newRange );
+   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
+              " adding new Range: ", newRange->value() );
 }
 
 // Each test is asked again where its answer is acted upon: traced, it shows what was seen then.
@@ -191,28 +213,44 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    ZEL_TRACE( trace, kArguments, __LINE__, "deleteVlanFromRange", " intfId: ", intfId,
               " vlanId: ", vid, " vidRange: ", vidRange );
    const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   const bool isOnly = vidRange.lowVid() == vidRange.highVid();
+   const bool isFirst = vid == vidRange.lowVid();
+   const bool isLast = vid == vidRange.highVid();
+   // Not checked yet: an id without a neighbour is refused where the neighbour is stored.
+   const VlanId vidBelow = VlanId::fromRaw( static_cast< std::uint16_t >( vid.value() - 1 ) );
+   const VlanId vidAbove = VlanId::fromRaw( static_cast< std::uint16_t >( vid.value() + 1 ) );
+   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > below;
+   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > above;
+   Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > startAbove;
+   if ( !isOnly && !isFirst ) {
+      below = newRangeElement( vidRange.lowVid(), vidBelow, vidRange.mapping() );
+   }
+   if ( !isOnly && ( isFirst || !isLast ) && vid.value() < VlanId::kHighest ) {
+      above = newRangeElement( vidAbove, vidRange.highVid(), vidRange.mapping() );
+      startAbove = newStartElement( vidAbove );
+   }
    ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( vidRange.lowVid() ) );
-   if ( vidRange.lowVid() == vidRange.highVid() ) {
+   if ( isOnly ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " removing size 1 Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
-   } else if ( vid == vidRange.lowVid() ) {
+   } else if ( isFirst ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove lowVid from Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
-      const VlanId above( vid.value() + 1u );
-      vlanRangeEntry->vlanIdRangeIs( { above, vidRange.highVid(), vidRange.mapping() } );
-      vlanRangeEntry->revSortedStartVidIs( above.value(), true );
-   } else if ( vid == vidRange.highVid() ) {
+      requireVlanId( vidAbove );
+      vlanRangeEntry->vlanIdRangeIs( above );
+      vlanRangeEntry->revSortedStartVidIs( startAbove );
+   } else if ( isLast ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove highVid from Range " );
-      const VlanId below( vid.value() - 1u );
-      vlanRangeEntry->vlanIdRangeIs( { vidRange.lowVid(), below, vidRange.mapping() } );
+      requireVlanId( vidBelow );
+      vlanRangeEntry->vlanIdRangeIs( below );
    } else {
       // One "t" and two blanks are kept on purpose: this text is matched, too.
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " spliting  Range " );
-      const VlanId below( vid.value() - 1u );
-      vlanRangeEntry->vlanIdRangeIs( { vidRange.lowVid(), below, vidRange.mapping() } );
-      const VlanId above( vid.value() + 1u );
-      vlanRangeEntry->vlanIdRangeIs( { above, vidRange.highVid(), vidRange.mapping() } );
-      vlanRangeEntry->revSortedStartVidIs( above.value(), true );
+      requireVlanId( vidBelow );
+      vlanRangeEntry->vlanIdRangeIs( below );
+      requireVlanId( vidAbove );
+      vlanRangeEntry->vlanIdRangeIs( above );
+      vlanRangeEntry->revSortedStartVidIs( startAbove );
    }
 }
 

@@ -12,6 +12,7 @@
 //                with the empty mapping cannot be told from "no range"; do not store it.
 // Entries        Every operation makes the interface's entry when there is none.
 // Cost           O(log ranges of the interface); at most four changes of the collections.
+// Memory         std::bad_alloc leaves the index as it was.
 // Throws         Zel::RangeException for ids that are not VLAN ids (VlanId::fromRaw); adding and
 //                deleting change nothing before it but the empty entry.
 // Asserts        That the two collections agree, where it relies on it.

@@ -31,6 +31,15 @@ VlanRangeEntry::vlanIdRangeIs( const VlanRangeXlateMapping& range ) {
    }
 }
 
+void
+VlanRangeEntry::vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element ) {
+   if ( ZelVlanIdRange* node = vlanIdRange_.findNode( element->key() ) ) {
+      node->valueIs( element->value() );
+   } else {
+      vlanIdRange_.insert( element );
+   }
+}
+
 VlanRangeXlateMapping
 VlanRangeEntry::vlanIdRangeDel( Bridging::VlanId lowVid ) {
    const Zel::Ptr< ZelVlanIdRange > gone = vlanIdRange_.del( lowVid );
@@ -55,6 +64,15 @@ VlanRangeEntry::revSortedStartVidIs( ReverseStartIdVlanId start, bool value ) {
       node->valueIs( value );
    } else {
       revSortedStartVid_.insert( Zel::newEntity< ZelRevSortedStartVid >( start, value ) );
+   }
+}
+
+void
+VlanRangeEntry::revSortedStartVidIs( const Zel::Ptr< ZelRevSortedStartVid >& element ) {
+   if ( ZelRevSortedStartVid* node = revSortedStartVid_.findNode( element->key() ) ) {
+      node->valueIs( element->value() );
+   } else {
+      revSortedStartVid_.insert( element );
    }
 }
 

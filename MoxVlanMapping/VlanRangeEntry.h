@@ -76,6 +76,8 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    VlanRangeXlateMapping vlanIdRange( Bridging::VlanId lowVid ) const;
    /// Inserts, or overwrites the range that has the same lowVid.
    void vlanIdRangeIs( const VlanRangeXlateMapping& range );
+   /// The same with an element made beforehand: cannot fail for want of memory.
+   void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
    /// Returns the removed range; the default range when there was none.
    VlanRangeXlateMapping vlanIdRangeDel( Bridging::VlanId lowVid );
    VlanRangeXlateMapping vlanIdRangeDel( const VlanIdRangeMap::Iterator& at );
@@ -86,6 +88,8 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    bool revSortedStartVid( ReverseStartIdVlanId start ) const;
    /// Inserts, or overwrites the flag.
    void revSortedStartVidIs( ReverseStartIdVlanId start, bool value );
+   /// The same with an element made beforehand: cannot fail for want of memory.
+   void revSortedStartVidIs( const Zel::Ptr< ZelRevSortedStartVid >& element );
    /// Returns the removed start's flag; false when there was none.
    bool revSortedStartVidDel( ReverseStartIdVlanId start );
    bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );

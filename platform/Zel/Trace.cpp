@@ -36,6 +36,12 @@ struct TraceRegistry {
    }
 
    void settingsAdd( std::vector< Setting > more ) {
+      // What they replace goes, so that an agent may change levels for ever.
+      for ( const Setting& setting : more ) {
+         std::erase_if( settings, [ & ]( const Setting& old ) {
+            return setting.handle == "*" || old.handle == setting.handle;
+         } );
+      }
       settings.insert( settings.end(), std::make_move_iterator( more.begin() ),
                        std::make_move_iterator( more.end() ) );
       for ( TraceHandle* handle : handles ) {

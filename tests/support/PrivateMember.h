@@ -6,9 +6,13 @@
 // The arguments of an explicit instantiation are not subject to access control, so the members
 // need no friend declaration for the sake of tests:
 //
-//   struct TaskTag { friend auto privateMember( TaskTag ); };
-//   template struct TestSupport::PrivateMember< TaskTag, &Codef::task_ >;
-//   codef.*privateMember( TaskTag() ) = observer;
+//   namespace TestSupport {
+//   struct CodefTask { friend auto privateMember( CodefTask ); };
+//   template struct PrivateMember< CodefTask, &Codef::task_ >;
+//   }
+//   codef.*privateMember( TestSupport::CodefTask() ) = observer;
+//
+// The tag stands in this namespace, where the function that it declares is defined.
 #pragma once
 
 namespace TestSupport {

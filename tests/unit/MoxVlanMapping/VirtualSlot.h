@@ -1,0 +1,22 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// VirtualSlot: the place of a virtual function in its class's table.
+//
+// The Itanium C++ ABI stores 1 plus the byte offset into the table in the first word of a pointer
+// to a virtual member function. A virtual destructor takes two places.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+template < class MemberFunction >
+std::ptrdiff_t
+virtualSlot( MemberFunction function ) {
+   static_assert( sizeof function == 2 * sizeof( std::intptr_t ) );
+   std::intptr_t words[ 2 ];
+   std::memcpy( words, &function, sizeof words );
+   constexpr auto kEntry = static_cast< std::intptr_t >( sizeof( void* ) );
+   return words[ 0 ] % kEntry == 1 ? words[ 0 ] / kEntry : -1;
+}
