@@ -76,20 +76,6 @@ operator new[]( std::size_t size, const std::nothrow_t& ) noexcept {
    return operator new( size, std::nothrow );
 }
 
-void*
-operator new( std::size_t size, const std::nothrow_t& ) noexcept {
-   try {
-      return TestSupport::requested( size );
-   } catch ( const std::bad_alloc& ) {
-      return nullptr;
-   }
-}
-
-void*
-operator new[]( std::size_t size, const std::nothrow_t& nothrow ) noexcept {
-   return operator new( size, nothrow );
-}
-
 void
 operator delete( void* memory ) noexcept {
    std::free( memory );
