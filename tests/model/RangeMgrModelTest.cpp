@@ -139,6 +139,32 @@ TEST_F( RangeModelTest, TheIndexHoldsTheMaximalRunsAfterEveryAddAndDelete ) {
    }
 }
 
+TEST_F( RangeModelTest, TheBoundTestsAnswerLikeTheTable ) {
+   SCOPED_TRACE( TestSupport::seedNote( seed_ ) );
+   const auto mgr = MoxVlanMapping::moxVlanRangeMgrFactory( rangeDir_ );
+   const IntfId port( 0 );
+   VlanTable& table = model_[ 0 ];
+   for ( int step = 0; step < 20000; ++step ) {
+      const VlanId changed( anyVid() );
+      table[ changed.value() ] = static_cast< std::uint16_t >( any( 3 ) );
+      mgr->deleteVlanFromIdx( port, changed );
+      if ( const std::uint16_t relay = table[ changed.value() ] ) {
+         mgr->addVlanToIdx( port, changed, VlanXlateMapping::fromRaw( relay ) );
+      }
+      const VlanId vid( anyVid() );
+      const std::uint16_t held = table[ vid.value() ];
+      const bool starts = held != 0 && table[ vid.value() - 1 ] != held;
+      for ( const std::uint16_t relay : std::array< std::uint16_t, 3 >{ 0, 1, 2 } ) {
+         const auto mapping = VlanXlateMapping::fromRaw( relay );   // 0: any
+         const bool matches = held != 0 && ( relay == 0 || relay == held );
+         ASSERT_EQ( mgr->isVidAndDot1qInLowerBoundRange( port, vid, mapping ), matches )
+            << "step " << step << " vlan " << vid << " relay " << relay;
+         ASSERT_EQ( mgr->isVidAndDot1qInUpperBoundRange( port, vid, mapping ), matches && starts )
+            << "step " << step << " vlan " << vid << " relay " << relay;
+      }
+   }
+}
+
 TEST_F( RangeModelTest, ConfigurationWritesArriveSortedUnderEveryYieldPolicy ) {
    SCOPED_TRACE( TestSupport::seedNote( seed_ ) );
    const auto acsd = Mox::moxCommonSmDataFactory();

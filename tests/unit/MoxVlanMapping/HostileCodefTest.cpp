@@ -5,6 +5,7 @@
 // policy: nothing is lost, skipped, visited twice or left dangling.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -19,6 +20,8 @@ struct PolicyRow {
    const char* name;
    YieldPolicy policy;
    std::uint64_t tests;
+
+   friend void PrintTo( const PolicyRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class HostileCodefTest : public CodefTest, public testing::WithParamInterface< PolicyRow > {

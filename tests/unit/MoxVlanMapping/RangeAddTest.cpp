@@ -3,6 +3,7 @@
 //
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "tests/support/TraceCapture.h"
@@ -20,6 +21,8 @@ struct AddRow {
    const char* decision;
    const char* ranges;
    const char* starts;
+
+   friend void PrintTo( const AddRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class RangeAddTable : public RangeMgrTest, public testing::WithParamInterface< AddRow > {};
@@ -121,6 +124,14 @@ TEST_F( RangeAddTest, OverlapHidesTheRangeBelow ) {
    add( 21, M );
    EXPECT_EQ( ranges(), "10-20 M, 15-15 N, 21-21 M" );
    EXPECT_EQ( starts(), "21, 15, 10" );
+}
+
+// Nothing is merged into the range that is there, and nothing guards the rest of its ids.
+TEST_F( RangeAddTest, OverlapAtAStartReplacesTheWholeRange ) {
+   given( "10-20 M, 30-40 M" );
+   add( 10, N );
+   EXPECT_EQ( ranges(), "10-10 N, 30-40 M" );
+   EXPECT_EQ( starts(), "30, 10" );
 }
 
 TEST_F( RangeAddTest, UnderTheEmptyMappingEveryNeighbourJoins ) {

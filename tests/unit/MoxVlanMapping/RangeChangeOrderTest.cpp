@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 
 #include "tests/unit/MoxVlanMapping/ChangeLog.h"
@@ -33,6 +34,8 @@ struct OrderRow {
    unsigned vid;
    const char* changes;
    const char* after;
+
+   friend void PrintTo( const OrderRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class RangeChangeOrderTable :

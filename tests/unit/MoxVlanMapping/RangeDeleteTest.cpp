@@ -3,6 +3,7 @@
 //
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "Zel/Trace.h"
@@ -27,6 +28,8 @@ struct DeleteRow {
    const char* what;
    const char* ranges;
    const char* starts;
+
+   friend void PrintTo( const DeleteRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class RangeDeleteTable : public RangeMgrTest, public testing::WithParamInterface< DeleteRow > {

@@ -3,6 +3,7 @@
 //
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "Zel/AllocationTracker.h"
@@ -90,6 +91,8 @@ struct LookupRow {
    unsigned vid;
    char mapping;
    bool expected;
+
+   friend void PrintTo( const LookupRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class RangeLookupTable : public RangeMgrTest, public testing::WithParamInterface< LookupRow > {};

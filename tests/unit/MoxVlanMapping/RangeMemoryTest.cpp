@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <new>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,8 @@ struct ShortageRow {
    unsigned vid;
    const char* after;
    bool inserts;
+
+   friend void PrintTo( const ShortageRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class RangeShortageTable : public RangeMgrTest, public testing::WithParamInterface< ShortageRow > {

@@ -5,6 +5,7 @@
 // until then.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "Zel/Exception.h"
@@ -39,6 +40,8 @@ struct UncheckedRow {
    const char* refusal;
    /// Function of the last line at level 9: the step that was reached.
    const char* lastStep;
+
+   friend void PrintTo( const UncheckedRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class UncheckedIdTable : public RangeMgrTest, public testing::WithParamInterface< UncheckedRow > {

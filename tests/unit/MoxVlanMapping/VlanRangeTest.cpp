@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -90,6 +91,8 @@ struct OrderRow {
    const char* name;
    const char* first;
    const char* second;
+
+   friend void PrintTo( const OrderRow& row, std::ostream* out ) { *out << row.name; }
 };
 
 class VlanRangeXlateMappingOrder : public testing::TestWithParam< OrderRow > {};
@@ -216,6 +219,10 @@ struct RefusedFieldRow {
    const char* attribute;
    const char* low;
    const char* high;
+
+   friend void PrintTo( const RefusedFieldRow& row, std::ostream* out ) {
+      *out << row.attribute << " " << row.low << "-" << row.high;
+   }
 };
 
 class VlanRangeXlateMappingRefusal : public testing::TestWithParam< RefusedFieldRow > {};
