@@ -111,7 +111,7 @@ statusJson( const ScaleAgent& agent ) {
    std::vector< Row > rows;
    for ( const auto& element : agent.acsd().statusDir()->status() ) {
       rows.emplace_back( agent.ports().name( element.key().intfId() ),
-                         element.key().vlanId().value(), element.record().mapping().rawVlanId() );
+                         element.key().vlanId().value(), element.value().mapping().rawVlanId() );
    }
    std::ranges::sort( rows );
    return rows;

@@ -20,6 +20,8 @@ class ZEL_EXPORT Config : public Zel::PtrInterface {
    const Zel::String& bridgeName() const { return bridgeName_; }
    void bridgeNameIs( const Zel::String& name ) { bridgeName_ = name; }
 
+   Zel::TypeHandle fwkType() const override;
+
  protected:
    Config() = default;
    ~Config() override;

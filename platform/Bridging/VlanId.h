@@ -19,6 +19,7 @@ namespace Bridging {
 /// A VLAN id, 1 to 4094; the default is 1.
 class ZEL_EXPORT VlanId {
  public:
+   static constexpr const char* zelTypeName = "Bridging::VlanId";
    static constexpr std::uint16_t kLowest = 1;
    static constexpr std::uint16_t kHighest = 4094;
 
@@ -55,6 +56,7 @@ ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const VlanId& id );
 /// A VLAN id, 1 to 4094, or 0 for none, the default.
 class ZEL_EXPORT VlanIdOrNone {
  public:
+   static constexpr const char* zelTypeName = "Bridging::VlanIdOrNone";
    constexpr VlanIdOrNone() = default;
    /// Throws Zel::RangeException "Bridging::VlanIdOrNone::value > 4094 not allowed".
    explicit VlanIdOrNone( std::uint32_t number );
@@ -72,6 +74,11 @@ class ZEL_EXPORT VlanIdOrNone {
  private:
    std::uint16_t value_ = 0;
 };
+
+constexpr std::uint32_t
+zelHash( const VlanIdOrNone& id, std::uint32_t seed ) {
+   return Zel::singleAttrHash( id.value(), seed );
+}
 
 ZEL_EXPORT Zel::String valueToStrep( const VlanIdOrNone& id );
 /// A bare number, or "none".

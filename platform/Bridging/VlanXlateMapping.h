@@ -24,6 +24,7 @@ namespace Bridging {
 
 class ZEL_EXPORT VlanXlateMapping {
  public:
+   static constexpr const char* zelTypeName = "Bridging::VlanXlateMapping";
    constexpr VlanXlateMapping() = default;
    /// Translation to `vlanId`, everything else left as it is.
    explicit constexpr VlanXlateMapping( VlanIdOrNone vlanId ) : rawVlanId_( vlanId.value() ) {}

@@ -34,6 +34,8 @@ class ZEL_EXPORT VlanXlateStatusDir : public Zel::PtrInterface {
    /// True when it was there.
    bool vlanXlateStatusDel( Corvel::IntfId intfId );
 
+   Zel::TypeHandle fwkType() const override;
+
  protected:
    VlanXlateStatusDir() = default;
    ~VlanXlateStatusDir() override;

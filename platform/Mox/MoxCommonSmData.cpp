@@ -25,10 +25,10 @@ MoxCommonSmData::MoxCommonSmDataIs() {
 void
 MoxCommonSmData::portToLagIs( Corvel::IntfId port, Corvel::IntfId lag ) {
    if ( ZelPortToLag* member = portToLag_.findNode( port ) ) {
-      if ( member->lag() == lag ) {
+      if ( member->value() == lag ) {
          return;
       }
-      member->lagIs( lag );
+      member->valueIs( lag );
    } else {
       portToLag_.insert( Zel::newEntity< ZelPortToLag >( port, lag ) );
    }
@@ -42,7 +42,7 @@ MoxCommonSmData::portToLagDel( Corvel::IntfId port ) {
       return {};
    }
    notifieeList_.notify( kAttrPortToLag, &port );
-   return gone->lag();
+   return gone->value();
 }
 
 Zel::Ptr< MoxCommonSmData >

@@ -33,8 +33,9 @@ class ZEL_EXPORT MoxCommonSmData : public Zel::PtrInterface {
       static constexpr const char* zelTypeName = "Mox::MoxCommonSmData::ZelPortToLag";
 
       const Corvel::IntfId& key() const { return port_; }
-      Corvel::IntfId lag() const { return lag_; }
-      void lagIs( Corvel::IntfId lag ) { lag_ = lag; }
+      /// The link aggregate.
+      Corvel::IntfId value() const { return lag_; }
+      void valueIs( Corvel::IntfId lag ) { lag_ = lag; }
 
     protected:
       ZelPortToLag( Corvel::IntfId port, Corvel::IntfId lag ) : port_( port ), lag_( lag ) {}
@@ -59,6 +60,7 @@ class ZEL_EXPORT MoxCommonSmData : public Zel::PtrInterface {
    Corvel::IntfId portToLagDel( Corvel::IntfId port );
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
+   Zel::TypeHandle fwkType() const override;
 
  protected:
    MoxCommonSmData();

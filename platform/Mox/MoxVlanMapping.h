@@ -2,20 +2,26 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // MoxVlanMappingConfig, MoxVlanMappingStatus: one VLAN mapping as configured, and as in force.
-// Plain values with the same fields.
+// Plain values with the same fields. Their string form is
+// "Value('Mox::MoxVlanMappingConfig', ** {'key': ..., 'mapping': ..., 'inLag': false,
+// 'xlateUntagged': false, 'origin': 0})", in one line.
 #pragma once
 
 #include <cstdint>
 
 #include "Bridging/VlanXlateMapping.h"
 #include "Mox/PortVlanKey.h"
+#include "Zel/Export.h"
+#include "Zel/String.h"
 
 namespace Mox {
 
 /// Fields that configuration and status share. The default has the default key, the empty
 /// mapping and all flags false.
-class MoxVlanMappingRecord {
+class ZEL_EXPORT MoxVlanMappingRecord {
  public:
+   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingRecord";
+
    constexpr MoxVlanMappingRecord() = default;
    constexpr MoxVlanMappingRecord( const PortVlanKey& key, Bridging::VlanXlateMapping mapping,
                                    bool inLag = false, bool xlateUntagged = false,
@@ -25,6 +31,9 @@ class MoxVlanMappingRecord {
          inLag_( inLag ),
          xlateUntagged_( xlateUntagged ),
          origin_( origin ) {}
+   /// Parses the string form; the numbers are taken unchecked.
+   MoxVlanMappingRecord( Zel::StringIterator& current, Zel::StringIterator end )
+       : MoxVlanMappingRecord( current, end, zelTypeName ) {}
 
    constexpr const PortVlanKey& key() const { return key_; }
    constexpr Bridging::VlanXlateMapping mapping() const { return mapping_; }
@@ -36,8 +45,16 @@ class MoxVlanMappingRecord {
    constexpr std::uint8_t origin() const { return origin_; }
 
    constexpr bool operator==( const MoxVlanMappingRecord& ) const = default;
+   std::uint32_t hash( std::uint32_t seed ) const;
+
+ protected:
+   MoxVlanMappingRecord( Zel::StringIterator& current, Zel::StringIterator end,
+                         const char* typeName );
+   Zel::String strep( const char* typeName ) const;
 
  private:
+   ZEL_EXPORT friend Zel::String valueToStrep( const MoxVlanMappingRecord& record );
+
    PortVlanKey key_;
    Bridging::VlanXlateMapping mapping_;
    bool inLag_ = false;
@@ -45,16 +62,26 @@ class MoxVlanMappingRecord {
    std::uint8_t origin_ = 0;
 };
 
-class MoxVlanMappingConfig : public MoxVlanMappingRecord {
+class ZEL_EXPORT MoxVlanMappingConfig : public MoxVlanMappingRecord {
  public:
+   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingConfig";
+
    using MoxVlanMappingRecord::MoxVlanMappingRecord;
+   MoxVlanMappingConfig( Zel::StringIterator& current, Zel::StringIterator end )
+       : MoxVlanMappingRecord( current, end, zelTypeName ) {}
    constexpr bool operator==( const MoxVlanMappingConfig& ) const = default;
+   ZEL_EXPORT friend Zel::String valueToStrep( const MoxVlanMappingConfig& config );
 };
 
-class MoxVlanMappingStatus : public MoxVlanMappingRecord {
+class ZEL_EXPORT MoxVlanMappingStatus : public MoxVlanMappingRecord {
  public:
+   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingStatus";
+
    using MoxVlanMappingRecord::MoxVlanMappingRecord;
+   MoxVlanMappingStatus( Zel::StringIterator& current, Zel::StringIterator end )
+       : MoxVlanMappingRecord( current, end, zelTypeName ) {}
    constexpr bool operator==( const MoxVlanMappingStatus& ) const = default;
+   ZEL_EXPORT friend Zel::String valueToStrep( const MoxVlanMappingStatus& status );
 };
 
 }   // namespace Mox

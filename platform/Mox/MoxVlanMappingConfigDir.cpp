@@ -32,7 +32,7 @@ MoxVlanMappingConfigDir::configDel( const PortVlanKey& key ) {
       return {};
    }
    notifieeList_.notify( kAttrConfig, &gone->key() );
-   return gone->record();
+   return gone->value();
 }
 
 Zel::Ptr< MoxVlanMappingConfigDir >

@@ -40,6 +40,7 @@ class ZEL_EXPORT MoxVlanMappingConfigDir : public Zel::PtrInterface {
    MoxVlanMappingConfig configDel( const PortVlanKey& key );
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
+   Zel::TypeHandle fwkType() const override;
 
  protected:
    MoxVlanMappingConfigDir() = default;

@@ -32,7 +32,7 @@ MoxVlanMappingStatusDir::statusDel( const PortVlanKey& key ) {
       return {};
    }
    notifieeList_.notify( kAttrStatus, &gone->key() );
-   return gone->record();
+   return gone->value();
 }
 
 Zel::Ptr< MoxVlanMappingStatusDir >

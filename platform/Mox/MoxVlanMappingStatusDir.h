@@ -40,6 +40,7 @@ class ZEL_EXPORT MoxVlanMappingStatusDir : public Zel::PtrInterface {
    MoxVlanMappingStatus statusDel( const PortVlanKey& key );
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
+   Zel::TypeHandle fwkType() const override;
 
  protected:
    MoxVlanMappingStatusDir() = default;

@@ -21,16 +21,16 @@ class RecordMap : public Zel::HashMap2018< Node, SeedConstant > {
    /// The record under `key`, or null; not to be kept across a change.
    const Record* record( const PortVlanKey& key ) const {
       const Node* node = this->findNode( key );
-      return node ? &node->record() : nullptr;
+      return node ? &node->value() : nullptr;
    }
 
    /// Inserts or overwrites. False when an equal record stands there already.
    bool recordIs( const PortVlanKey& key, const Record& record ) {
       if ( Node* node = this->findNode( key ) ) {
-         if ( node->record() == record ) {
+         if ( node->value() == record ) {
             return false;
          }
-         node->recordIs( record );
+         node->valueIs( record );
          return true;
       }
       this->insert( Zel::newEntity< Node >( key, record ) );
@@ -44,8 +44,8 @@ class RecordNode : public Zel::HashNode {
    using Record = RecordType;
 
    const PortVlanKey& key() const { return key_; }
-   const Record& record() const { return record_; }
-   void recordIs( const Record& record ) { record_ = record; }
+   const Record& value() const { return record_; }
+   void valueIs( const Record& record ) { record_ = record; }
 
  protected:
    RecordNode( const PortVlanKey& key, const Record& record ) : key_( key ), record_( record ) {}

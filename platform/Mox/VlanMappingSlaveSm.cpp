@@ -187,11 +187,11 @@ void
 VlanMappingSlaveSm::deliverIngressDel( const PortVlanKey& place ) {
    Zel::Ptr< ZelDelivered > delivered = ingressDelivered_.del( place );
    try {
-      doDelIngressVlanMapping( delivered->record().key() );
+      doDelIngressVlanMapping( delivered->value().key() );
    } catch ( ... ) {
       // Whether the index still has it is not known; deleting it once more does no harm.
       if ( !ingressDelivered_.contains( place ) ) {
-         ingressDelivered_.recordIs( place, delivered->record() );
+         ingressDelivered_.recordIs( place, delivered->value() );
       }
       throw;
    }

@@ -44,6 +44,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm";
 
    void hasNotificationActiveIs( bool active ) override;
+   Zel::TypeHandle fwkType() const override;
    void zelDoZombieReactors( bool zombie ) override;
 
    /// Starts the delivery of hooks and replays what is configured and was not delivered. Every

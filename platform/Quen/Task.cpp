@@ -6,6 +6,7 @@
 #include "Quen/TaskScheduler.h"
 #include "Zel/Assert.h"
 #include "Zel/NewEntity.h"
+#include "Zel/Parse.h"
 
 namespace Quen {
 namespace {
@@ -13,6 +14,14 @@ namespace {
 constexpr char zelSourceTag[] = "Quen/Task";
 
 }   // namespace
+
+TaskPriority::TaskPriority( Zel::StringIterator& current, Zel::StringIterator end )
+    : value_( Zel::parseNumber< std::uint8_t >( current, end ) ) {}
+
+Zel::String
+valueToStrep( const TaskPriority& priority ) {
+   return Zel::valueToStrep( priority.value() );
+}
 
 Task::Task( const Zel::Ptr< TaskScheduler >& scheduler, TaskPriority priority,
             const Zel::String& name )

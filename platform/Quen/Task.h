@@ -19,6 +19,7 @@
 
 #include "Zel/Clock.h"
 #include "Zel/Export.h"
+#include "Zel/Hash.h"
 #include "Zel/Notifiee.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
@@ -28,16 +29,28 @@ namespace Quen {
 
 class TaskScheduler;
 
-/// Lower values run first; equal ones take turns.
-class TaskPriority {
+/// Lower values run first; equal ones take turns. The default, 0, is the first.
+class ZEL_EXPORT TaskPriority {
  public:
+   static constexpr const char* zelTypeName = "Quen::TaskPriority";
+
+   constexpr TaskPriority() = default;
+   /// Parses a bare number.
+   TaskPriority( Zel::StringIterator& current, Zel::StringIterator end );
    explicit constexpr TaskPriority( std::uint8_t value ) : value_( value ) {}
    constexpr std::uint8_t value() const { return value_; }
    friend constexpr auto operator<=>( const TaskPriority&, const TaskPriority& ) = default;
 
  private:
-   std::uint8_t value_;
+   std::uint8_t value_ = 0;
 };
+
+constexpr std::uint32_t
+zelHash( const TaskPriority& priority, std::uint32_t seed ) {
+   return Zel::singleAttrHash( priority.value(), seed );
+}
+/// A bare number.
+ZEL_EXPORT Zel::String valueToStrep( const TaskPriority& priority );
 
 class ZEL_EXPORT Task : public Zel::PtrInterface {
  public:
@@ -76,6 +89,7 @@ class ZEL_EXPORT Task : public Zel::PtrInterface {
    void taskWorkPendingIs( std::uint64_t items ) { workPending_ = items; }
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
+   Zel::TypeHandle fwkType() const override;
 
  protected:
    Task( const Zel::Ptr< TaskScheduler >& scheduler, TaskPriority priority,

@@ -4,14 +4,19 @@
 #include "Quen/TaskScheduler.h"
 
 #include <algorithm>
+#include <array>
 
 #include "Zel/Assert.h"
 #include "Zel/NewEntity.h"
+#include "Zel/Parse.h"
 
 namespace Quen {
 namespace {
 
 constexpr char zelSourceTag[] = "Quen/TaskScheduler";
+
+// In the order of the enumerators.
+constexpr std::array kPolicyNames{ "Quantum", "Always", "Never", "AfterTests" };
 
 // Puts a flag back when a scope is left, by an exception too.
 class FlagGuard {
@@ -26,6 +31,17 @@ class FlagGuard {
 };
 
 }   // namespace
+
+Zel::String
+valueToStrep( YieldPolicy policy ) {
+   return kPolicyNames[ static_cast< std::size_t >( policy ) ];
+}
+
+void
+zelParseValue( Zel::StringIterator& current, Zel::StringIterator end, YieldPolicy& policy ) {
+   const std::size_t chosen = Zel::parseChoice( current, end, kPolicyNames );
+   policy = static_cast< YieldPolicy >( chosen );
+}
 
 TaskScheduler::TaskScheduler( const Zel::Ptr< const Zel::Clock >& clock ) : clock_( clock ) {
    ZEL_ASSERT( clock_ );

@@ -20,9 +20,12 @@
 #include "Quen/Task.h"
 #include "Zel/Clock.h"
 #include "Zel/Export.h"
+#include "Zel/Hash.h"
 #include "Zel/Notifiee.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
+#include "Zel/String.h"
+#include "Zel/TypeName.h"
 
 namespace Quen {
 
@@ -33,6 +36,15 @@ enum class YieldPolicy : std::uint8_t {
    Never,        ///< no
    AfterTests,   ///< yes when the run has asked more often than yieldTestsAllowed()
 };
+
+constexpr std::uint32_t
+zelHash( YieldPolicy policy, std::uint32_t seed ) {
+   return Zel::singleAttrHash( static_cast< std::uint8_t >( policy ), seed );
+}
+/// The enumerator's name, such as "AfterTests".
+ZEL_EXPORT Zel::String valueToStrep( YieldPolicy policy );
+ZEL_EXPORT void zelParseValue( Zel::StringIterator& current, Zel::StringIterator end,
+                               YieldPolicy& policy );
 
 class ZEL_EXPORT TaskScheduler : public Zel::PtrInterface {
  public:
@@ -61,6 +73,7 @@ class ZEL_EXPORT TaskScheduler : public Zel::PtrInterface {
    void yieldPolicyIs( YieldPolicy policy, std::uint64_t testsAllowed = 0 );
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
+   Zel::TypeHandle fwkType() const override;
 
  protected:
    explicit TaskScheduler( const Zel::Ptr< const Zel::Clock >& clock );
@@ -85,3 +98,8 @@ ZEL_EXPORT Zel::Ptr< TaskScheduler >
 taskSchedulerFactory( const Zel::Ptr< const Zel::Clock >& clock );
 
 }   // namespace Quen
+
+template <>
+struct Zel::TypeName< Quen::YieldPolicy > {
+   static constexpr const char* value = "Quen::YieldPolicy";
+};

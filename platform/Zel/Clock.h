@@ -21,6 +21,7 @@ class ZEL_EXPORT Clock : public PtrInterface {
 
    /// Seconds since a fixed but unspecified moment; never goes back.
    virtual Seconds now() const = 0;
+   TypeHandle fwkType() const override;
 
  protected:
    Clock() = default;
@@ -33,6 +34,7 @@ class ZEL_EXPORT SteadyClock : public Clock {
    static constexpr const char* zelTypeName = "Zel::SteadyClock";
    static Ptr< SteadyClock > SteadyClockIs();
    Seconds now() const override;
+   TypeHandle fwkType() const override;
 
  protected:
    SteadyClock() = default;
@@ -47,6 +49,7 @@ class ZEL_EXPORT ManualClock : public Clock {
    Seconds now() const override { return now_; }
    /// Requires: `span` is not negative (asserted).
    void advance( Seconds span );
+   TypeHandle fwkType() const override;
 
  protected:
    ManualClock() = default;

@@ -10,8 +10,10 @@
 // seed cannot choose keys that collide.
 #pragma once
 
+#include <bit>
 #include <concepts>
 #include <cstdint>
+#include <string_view>
 
 #include "Zel/Export.h"
 
@@ -61,6 +63,18 @@ template < std::unsigned_integral T >
 constexpr std::uint32_t
 zelHash( T value, std::uint32_t seed ) {
    return singleAttrHash( value, seed );
+}
+constexpr std::uint32_t
+zelHash( double value, std::uint32_t seed ) {
+   return singleAttrHash( std::bit_cast< std::uint64_t >( value + 0.0 ), seed );   // -0 equals 0
+}
+constexpr std::uint32_t
+zelHash( std::string_view text, std::uint32_t seed ) {
+   HashAccumulator accumulator( seed );
+   for ( const char c : text ) {
+      accumulator.mix( static_cast< unsigned char >( c ) );
+   }
+   return accumulator.result();
 }
 
 }   // namespace Zel

@@ -26,9 +26,6 @@ namespace Zel {
 
 class NotifieeList;
 
-/// Number of an attribute within its type; entities number theirs from 130 upward.
-using AttributeId = std::uint16_t;
-
 /// The reference count of one object and its flags.
 class ReferenceWord {
  public:

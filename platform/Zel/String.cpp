@@ -3,7 +3,9 @@
 //
 #include "Zel/String.h"
 
+#include <charconv>
 #include <ostream>
+#include <system_error>
 
 #include "Zel/Assert.h"
 
@@ -22,6 +24,14 @@ operator<<( std::ostream& out, const String& s ) {
 String
 valueToStrep( std::uint64_t value ) {
    return std::to_string( value );
+}
+
+String
+valueToStrep( double value ) {
+   char text[ 32 ];
+   const auto [ end, error ] = std::to_chars( text, text + sizeof text, value );
+   ZEL_ASSERT( error == std::errc() );
+   return std::string( text, end );
 }
 
 String

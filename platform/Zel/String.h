@@ -78,6 +78,8 @@ class String {
 };
 
 ZEL_EXPORT String valueToStrep( std::uint64_t value );
+/// The shortest decimal form that is read back as the same number.
+ZEL_EXPORT String valueToStrep( double value );
 ZEL_EXPORT String valueToStrep( const String& value );
 ZEL_EXPORT String valueToStrep( const char* value );
 /// A number, or "true" and "false". A template, so that no pointer turns into a bool.

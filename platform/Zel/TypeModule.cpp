@@ -3,7 +3,7 @@
 //
 #include "Zel/TypeModule.h"
 
-#include <algorithm>
+#include <unordered_map>
 
 #include "Zel/Assert.h"
 
@@ -12,43 +12,48 @@ namespace {
 
 constexpr char zelSourceTag[] = "Zel/TypeModule";
 
+struct Registry {
+   std::vector< const TypeModule* > modules;
+   std::unordered_map< std::string_view, TypeHandle > types;
+};
+
 // Built on first use and never destroyed: modules come and go in the order in which the loader
 // runs the initialisers and finalisers of the libraries.
-std::vector< const TypeModule* >&
+Registry&
 registry() {
-   static auto* modules = new std::vector< const TypeModule* >;
-   return *modules;
+   static auto* all = new Registry;
+   return *all;
 }
 
 }   // namespace
 
 void
 zelModuleIs( const TypeModule& module ) {
-   for ( const TypeRecord& type : module.types ) {
+   for ( std::uint32_t index = 0; index < module.types.size(); ++index ) {
+      const TypeRecord& type = module.types[ index ];
       ZEL_ASSERT( !zelTypeByName( type.name ) );
+      registry().types[ type.name ] = { &module, index };
    }
-   registry().push_back( &module );
+   registry().modules.push_back( &module );
 }
 
 void
 zelModuleDel( const TypeModule& module ) {
-   std::erase( registry(), &module );
+   for ( const TypeRecord& type : module.types ) {
+      registry().types.erase( type.name );
+   }
+   std::erase( registry().modules, &module );
 }
 
 std::vector< const TypeModule* >
 zelModules() {
-   return registry();
+   return registry().modules;
 }
 
 TypeHandle
 zelTypeByName( std::string_view name ) {
-   for ( const TypeModule* module : registry() ) {
-      const auto type = std::ranges::find( module->types, name, &TypeRecord::name );
-      if ( type != module->types.end() ) {
-         return { module, static_cast< std::uint32_t >( type - module->types.begin() ) };
-      }
-   }
-   return {};
+   const auto found = registry().types.find( name );
+   return found == registry().types.end() ? TypeHandle{} : found->second;
 }
 
 }   // namespace Zel

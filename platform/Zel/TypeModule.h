@@ -17,18 +17,9 @@
 #include <vector>
 
 #include "Zel/Export.h"
+#include "Zel/TypeRecord.h"
 
 namespace Zel {
-
-enum class TypeKind : std::uint8_t { Value, Entity };
-
-struct TypeRecord {
-   /// Qualified name, such as "MoxVlanMapping::VlanRangeEntry".
-   const char* name;
-   TypeKind kind;
-   /// Bytes of one object.
-   std::uint32_t size;
-};
 
 struct TypeModule {
    /// Source file without extension, such as "MoxVlanMapping/MoxVlanRangeMgr".
@@ -42,6 +33,8 @@ struct TypeHandle {
 
    /// Null when the handle names no registered type.
    const TypeRecord* record() const { return module ? &module->types[ index ] : nullptr; }
+   /// Requires: the handle names a type.
+   const char* name() const { return record()->name; }
    explicit operator bool() const { return module != nullptr; }
    friend bool operator==( const TypeHandle&, const TypeHandle& ) = default;
 };
@@ -54,8 +47,18 @@ ZEL_EXPORT void zelModuleDel( const TypeModule& module );
 /// The registered modules in order of registration.
 ZEL_EXPORT std::vector< const TypeModule* > zelModules();
 
-/// A null handle when there is no such type. O(number of types).
+/// A null handle when there is no such type. O(1) on average.
 ZEL_EXPORT TypeHandle zelTypeByName( std::string_view name );
+
+/// The handle of a type that `module` holds, found when it is compiled: what fwkType() answers.
+consteval TypeHandle
+typeIn( const TypeModule& module, std::string_view name ) {
+   std::uint32_t index = 0;
+   while ( module.types[ index ].name != name ) {
+      ++index;   // past the end, for a name that is not there: no constant expression
+   }
+   return { &module, index };
+}
 
 class ModuleRegistration {
  public:

@@ -353,7 +353,7 @@ class RoadModelTest : public TestSupport::NoneLeftTest {
       }
       std::map< Key, unsigned > status;
       for ( const auto& node : acsd_->statusDir()->status() ) {
-         const auto& record = node.record();
+         const auto& record = node.value();
          ASSERT_FALSE( record.xlateUntagged() );
          status[ { record.key().intfId().value(), record.key().vlanId().value() } ] =
             record.mapping().rawVlanId();

@@ -144,7 +144,7 @@ class MoxCommonSmDataTest : public TestSupport::NoneLeftTest {
  protected:
    std::string lagOf( std::uint64_t port ) const {
       const auto* const member = data_->portToLag().findNode( IntfId( port ) );
-      return member ? std::to_string( member->lag().value() ) : "none";
+      return member ? std::to_string( member->value().value() ) : "none";
    }
 
    Zel::Ptr< Mox::MoxCommonSmData > data_ = Mox::moxCommonSmDataFactory();

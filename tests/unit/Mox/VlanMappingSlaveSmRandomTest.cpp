@@ -56,7 +56,7 @@ class VlanMappingSlaveSmRandomTest : public TestSupport::NoneLeftTest {
    void checkIndex() {
       std::map< std::pair< std::uint64_t, std::uint16_t >, std::string > allowed;
       for ( const auto& node : acsd_->ingressConfigDir()->config() ) {
-         const std::uint16_t vlan = node.record().mapping().rawVlanId();
+         const std::uint16_t vlan = node.value().mapping().rawVlanId();
          if ( vlan != kUnrepresentable ) {
             allowed[ { node.key().intfId().value(), node.key().vlanId().value() } ] +=
                std::to_string( vlan ) + " ";
@@ -75,7 +75,7 @@ class VlanMappingSlaveSmRandomTest : public TestSupport::NoneLeftTest {
    void checkEgress() {
       TestMox::Record expected;
       for ( const auto& node : acsd_->egressConfigDir()->config() ) {
-         const std::uint16_t vlan = node.record().mapping().rawVlanId();
+         const std::uint16_t vlan = node.value().mapping().rawVlanId();
          expected.egress[ TestMox::name( node.key() ) ] = vlan;
       }
       ASSERT_EQ( record_.shownEgress(), expected.shownEgress() );

@@ -47,7 +47,7 @@ class ScaleSlaveSmTest : public TestSupport::NoneLeftTest {
    std::string status() const {
       std::string all;
       for ( const auto& node : acsd_->statusDir()->status() ) {
-         const auto& record = node.record();
+         const auto& record = node.value();
          all += std::to_string( record.key().intfId().value() ) + "/" +
                 std::to_string( record.key().vlanId().value() ) + " " +
                 TestSupport::mappingText( record.mapping() ) + ( record.inLag() ? " lag" : "" ) +

@@ -1,0 +1,261 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+#include "Zel/GenericIf.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+#include "Zel/Exception.h"
+#include "Zel/Parse.h"
+
+namespace Zel {
+namespace {
+
+// The one place where an operation code meets what a row says of it.
+constexpr std::array< std::pair< OpCode, Operation AttributeRecord::* >, 7 > kOperations{ {
+   { OpCode::Get, &AttributeRecord::get },
+   { OpCode::Set, &AttributeRecord::set },
+   { OpCode::Delete, &AttributeRecord::del },
+   { OpCode::Size, &AttributeRecord::size },
+   { OpCode::Changes, &AttributeRecord::changes },
+   { OpCode::Has, &AttributeRecord::has },
+   { OpCode::Call, &AttributeRecord::call },
+} };
+
+constexpr Operation kNone{};
+
+const Operation&
+operationOf( const AttributeRecord& row, unsigned code ) {
+   const auto found = std::ranges::find( kOperations, code, []( const auto& entry ) {
+      return static_cast< unsigned >( entry.first );
+   } );
+   return found == kOperations.end() ? kNone : row.*found->second;
+}
+
+TypeHandle
+baseOf( TypeHandle type ) {
+   return type && *type.record()->base ? zelTypeOf( type.record()->base ) : TypeHandle{};
+}
+
+std::string
+nameOf( TypeHandle type ) {
+   return type ? type.name() : "nothing";
+}
+
+std::string
+listOf( std::span< const char* const > types ) {
+   std::string list;
+   for ( const char* type : types ) {
+      list += ( list.empty() ? "" : ", " ) + std::string( type );
+   }
+   return list.empty() ? "no arguments" : "( " + list + " )";
+}
+
+void
+requireArguments( const std::string& operation, std::span< const char* const > types,
+                  std::span< const Value > arguments ) {
+   if ( arguments.size() != types.size() ) {
+      throw TypeException( operation + " takes " + listOf( types ) + ", " +
+                           std::to_string( arguments.size() ) + " given" );
+   }
+   for ( std::size_t i = 0; i < types.size(); ++i ) {
+      if ( !zelDerives( arguments[ i ].type(), zelTypeOf( types[ i ] ) ) ) {
+         throw TypeException( operation + ": argument " + std::to_string( i + 1 ) + " is a " +
+                              types[ i ] + ", not a " + nameOf( arguments[ i ].type() ) );
+      }
+   }
+}
+
+int
+wholeValueOp( Value& result, View object, unsigned operation, std::span< const Value > arguments ) {
+   const TypeRecord& type = *object.type.record();
+   const ValueHooks& hooks = *type.hooks;
+   if ( operation == static_cast< unsigned >( OpCode::IsSet ) ) {
+      requireArguments( type.name, {}, arguments );
+      result.valueIs( !hooks.isDefault( object.object ) );
+      return kDone;
+   }
+   const auto compare = operation == static_cast< unsigned >( OpCode::Equal ) ? hooks.equal
+                      : operation == static_cast< unsigned >( OpCode::Less )  ? hooks.less
+                                                                              : nullptr;
+   if ( !compare ) {
+      return kUnsupported;
+   }
+   requireArguments( type.name, { &type.name, 1 }, arguments );
+   result.valueIs( compare( object.object, View( arguments[ 0 ] ).object ) );
+   return kDone;
+}
+
+struct FoundAttribute {
+   TypeHandle type;
+   const AttributeRecord* row = nullptr;
+};
+
+template < class Member, class Wanted >
+FoundAttribute
+find( TypeHandle type, Member member, const Wanted& wanted ) {
+   for ( ; type; type = baseOf( type ) ) {
+      const auto rows = type.record()->attributes;
+      const auto row = std::ranges::find( rows, wanted, member );
+      if ( row != rows.end() ) {
+         return { type, &*row };
+      }
+   }
+   return {};
+}
+
+FoundAttribute
+requireAttribute( View object, std::string_view name ) {
+   if ( !object.object ) {
+      throw TypeException( "no object: null " + nameOf( object.type ) );
+   }
+   const FoundAttribute found = find( object.type, &AttributeRecord::name, name );
+   if ( !found.row ) {
+      throw TypeException( nameOf( object.type ) + " has no attribute \"" + std::string( name ) +
+                           "\"" );
+   }
+   return found;
+}
+
+}   // namespace
+
+GenericIterator::~GenericIterator() = default;
+
+int
+genericIfAttributeOp( Value& result, View object, AttributeId attribute, unsigned operation,
+                      std::span< const Value > arguments ) {
+   const TypeRecord& type = *object.type.record();
+   if ( attribute == 0 && type.kind == TypeKind::Value ) {
+      return wholeValueOp( result, object, operation, arguments );
+   }
+   const auto row = std::ranges::find( type.attributes, attribute, &AttributeRecord::id );
+   if ( row == type.attributes.end() ) {
+      return kNoAttribute;
+   }
+   const Operation& found = operationOf( *row, operation );
+   if ( !found.invoke ) {
+      return kUnsupported;
+   }
+   requireArguments( std::string( type.name ) + "::" + row->name, found.types, arguments );
+   found.invoke( object.object, arguments.data(), result );
+   return kDone;
+}
+
+Value
+zelAttribute( View object, std::string_view attribute, OpCode operation,
+              std::span< const Value > arguments ) {
+   const FoundAttribute found = requireAttribute( object, attribute );
+   Value result;
+   if ( genericIfAttributeOp( result, zelViewAs( object, found.type ), found.row->id,
+                              static_cast< unsigned >( operation ), arguments ) != kDone ) {
+      throw TypeException( nameOf( found.type ) + "::" + found.row->name +
+                           " does not support operation " +
+                           std::to_string( static_cast< unsigned >( operation ) ) );
+   }
+   return result;
+}
+
+Value
+zelAttribute( View object, std::string_view attribute, OpCode operation,
+              std::initializer_list< Value > arguments ) {
+   return zelAttribute( object, attribute, operation,
+                        std::span< const Value >( arguments.begin(), arguments.size() ) );
+}
+
+std::unique_ptr< GenericIterator >
+zelIterate( View object, std::string_view attribute ) {
+   const FoundAttribute found = requireAttribute( object, attribute );
+   if ( !found.row->iterate ) {
+      throw TypeException( nameOf( found.type ) + "::" + found.row->name + " is no collection" );
+   }
+   return found.row->iterate( object.object );
+}
+
+const AttributeRecord*
+zelAttributeByName( TypeHandle type, std::string_view name ) {
+   return find( type, &AttributeRecord::name, name ).row;
+}
+
+const AttributeRecord*
+zelAttributeById( TypeHandle type, AttributeId id ) {
+   return find( type, &AttributeRecord::id, id ).row;
+}
+
+Value
+zelConstruct( TypeHandle type, std::span< const Value > arguments ) {
+   const TypeRecord& record = *type.record();
+   if ( !record.constructor.invoke ) {
+      throw TypeException( std::string( record.name ) + " cannot be constructed: it is abstract" );
+   }
+   requireArguments( record.name, record.constructor.types, arguments );
+   Value result;
+   record.constructor.invoke( nullptr, arguments.data(), result );
+   return result;
+}
+
+Value
+zelConstruct( TypeHandle type, std::initializer_list< Value > arguments ) {
+   return zelConstruct( type, std::span< const Value >( arguments.begin(), arguments.size() ) );
+}
+
+bool
+zelDerives( TypeHandle type, TypeHandle base ) {
+   while ( type && !( type == base ) ) {
+      type = baseOf( type );
+   }
+   return static_cast< bool >( type );
+}
+
+View
+zelViewAs( View object, TypeHandle type ) {
+   const bool related = zelDerives( object.type, type ) || zelDerives( type, object.type );
+   if ( !related || object.type.record()->polymorphic != type.record()->polymorphic ) {
+      throw TypeException( "a " + nameOf( object.type ) + " is no " + nameOf( type ) );
+   }
+   return { type, object.object };
+}
+
+void
+zelRequireType( View object, std::string_view type ) {
+   if ( !zelDerives( object.type, zelTypeOf( type ) ) ) {
+      throw TypeException( "a " + nameOf( object.type ) + " is no " + std::string( type ) );
+   }
+}
+
+String
+zelStrep( View value ) {
+   if ( !value.type || !value.type.record()->hooks ) {
+      throw TypeException( nameOf( value.type ) + " has no string form" );
+   }
+   return value.type.record()->hooks->strep( value.object );
+}
+
+Value
+zelParse( TypeHandle type, std::string_view text ) {
+   const ValueHooks* hooks = type.record()->hooks;
+   if ( !hooks ) {
+      throw TypeException( nameOf( type ) + " has no string form" );
+   }
+   const String whole( text );
+   StringIterator current = whole.begin();
+   Value value = Value::adopt( type, hooks->parse( current, whole.end() ) );
+   parseEnd( current, whole.end() );
+   return value;
+}
+
+Value
+zelParse( std::string_view type, std::string_view text ) {
+   return zelParse( zelTypeOf( type ), text );
+}
+
+void
+zelRequireTrue( bool value ) {
+   if ( !value ) {
+      throw SetFalseValueException( "a hash set only holds true; delete the key instead" );
+   }
+}
+
+}   // namespace Zel
