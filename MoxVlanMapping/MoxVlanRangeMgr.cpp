@@ -40,18 +40,20 @@ rangeOf( const VlanRangeEntry& entry,
    return entry.vlanIdRange( VlanId( start->key().value() ) );
 }
 
-// Elements are made before the first change of a call: when memory runs out, the index is as it
-// was.
+// Elements are made, and room for them, before the first change of a call: when memory runs out,
+// the index is as it was.
 Zel::Ptr< VlanRangeEntry::ZelVlanIdRange >
-newRangeElement( VlanId lowVid, VlanId highVid, VlanXlateMapping mapping ) {
+newRangeElement( VlanRangeEntry& entry, VlanId lowVid, VlanId highVid, VlanXlateMapping mapping ) {
+   entry.vlanIdRangeReserve( lowVid );
    return Zel::newEntity< VlanRangeEntry::ZelVlanIdRange >(
       VlanRangeXlateMapping( lowVid, highVid, mapping ) );
 }
 
 Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid >
-newStartElement( VlanId start ) {
-   return Zel::newEntity< VlanRangeEntry::ZelRevSortedStartVid >(
-      ReverseStartIdVlanId( start.value() ), true );
+newStartElement( VlanRangeEntry& entry, VlanId start ) {
+   const ReverseStartIdVlanId key( start.value() );
+   entry.revSortedStartVidReserve( key );
+   return Zel::newEntity< VlanRangeEntry::ZelRevSortedStartVid >( key, true );
 }
 
 // Throws the range exception for what fromRaw() let pass.
@@ -145,7 +147,8 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
-      newRange = newRangeElement( lBoundRange.lowVid(), uBoundRange.highVid(), mapping );
+      newRange =
+         newRangeElement( *vlanRangeEntry, lBoundRange.lowVid(), uBoundRange.highVid(), mapping );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
@@ -154,8 +157,8 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      newRange = newRangeElement( vid, uBoundRange.highVid(), mapping );
-      const auto newStart = newStartElement( vid );
+      newRange = newRangeElement( *vlanRangeEntry, vid, uBoundRange.highVid(), mapping );
+      const auto newStart = newStartElement( *vlanRangeEntry, vid );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
       vlanRangeEntry->revSortedStartVidIs( newStart );
@@ -164,12 +167,12 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
-      newRange = newRangeElement( lBoundRange.lowVid(), vid, mapping );
+      newRange = newRangeElement( *vlanRangeEntry, lBoundRange.lowVid(), vid, mapping );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
    } else {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
-      newRange = newRangeElement( vid, vid, mapping );
-      vlanRangeEntry->revSortedStartVidIs( newStartElement( vid ) );
+      newRange = newRangeElement( *vlanRangeEntry, vid, vid, mapping );
+      vlanRangeEntry->revSortedStartVidIs( newStartElement( *vlanRangeEntry, vid ) );
    }
    vlanRangeEntry->vlanIdRangeIs( newRange );
    ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
@@ -223,11 +226,11 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > above;
    Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > startAbove;
    if ( !isOnly && !isFirst ) {
-      below = newRangeElement( vidRange.lowVid(), vidBelow, vidRange.mapping() );
+      below = newRangeElement( *vlanRangeEntry, vidRange.lowVid(), vidBelow, vidRange.mapping() );
    }
    if ( !isOnly && ( isFirst || !isLast ) && vid.value() < VlanId::kHighest ) {
-      above = newRangeElement( vidAbove, vidRange.highVid(), vidRange.mapping() );
-      startAbove = newStartElement( vidAbove );
+      above = newRangeElement( *vlanRangeEntry, vidAbove, vidRange.highVid(), vidRange.mapping() );
+      startAbove = newStartElement( *vlanRangeEntry, vidAbove );
    }
    ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( vidRange.lowVid() ) );
    if ( isOnly ) {

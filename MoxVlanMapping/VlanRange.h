@@ -99,6 +99,12 @@ class ZEL_EXPORT ReverseStartIdVlanId {
    std::uint16_t value_ = 0;
 };
 
+/// Place in a Zel::SmallKeyMap: the highest start has the lowest.
+constexpr std::uint16_t
+zelPlace( const ReverseStartIdVlanId& start ) {
+   return static_cast< std::uint16_t >( 0xffff - start.value() );
+}
+
 /// A bare number.
 ZEL_EXPORT Zel::String valueToStrep( const ReverseStartIdVlanId& start );
 ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const ReverseStartIdVlanId& start );

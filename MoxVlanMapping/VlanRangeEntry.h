@@ -20,19 +20,19 @@
 #include "Zel/Notifiee.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
-#include "Zel/RbTreeMap.h"
+#include "Zel/SmallKeyMap.h"
 
 namespace MoxVlanMapping {
 
 /// One interface's ranges, twice: by start id ascending with the whole range, and the start ids
-/// alone descending. Every operation on one element is O(log n).
+/// alone descending. Every operation on one element is O(1).
 class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
  public:
    static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry";
    static Zel::Ptr< VlanRangeEntry > VlanRangeEntryIs( Corvel::IntfId intfId );
 
    /// Element of vlanIdRange; its key is the range's own lowVid.
-   class ZelVlanIdRange : public Zel::RbTreeNode< Bridging::VlanId > {
+   class ZelVlanIdRange : public Zel::SmallKeyNode {
     public:
       static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
 
@@ -49,7 +49,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    };
 
    /// Element of revSortedStartVid.
-   class ZelRevSortedStartVid : public Zel::RbTreeNode< ReverseStartIdVlanId > {
+   class ZelRevSortedStartVid : public Zel::SmallKeyNode {
     public:
       static constexpr const char* zelTypeName =
          "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
@@ -66,8 +66,8 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
       bool value_;
    };
 
-   using VlanIdRangeMap = Zel::RbTreeMap< ZelVlanIdRange >;
-   using RevSortedStartVidMap = Zel::RbTreeMap< ZelRevSortedStartVid >;
+   using VlanIdRangeMap = Zel::SmallKeyMap< ZelVlanIdRange >;
+   using RevSortedStartVidMap = Zel::SmallKeyMap< ZelRevSortedStartVid >;
 
    Corvel::IntfId intfId() const { return intfId_; }
 
@@ -76,8 +76,11 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    VlanRangeXlateMapping vlanIdRange( Bridging::VlanId lowVid ) const;
    /// Inserts, or overwrites the range that has the same lowVid.
    void vlanIdRangeIs( const VlanRangeXlateMapping& range );
-   /// The same with an element made beforehand: cannot fail for want of memory.
+   /// The same with an element made beforehand. Cannot fail for want of memory behind
+   /// vlanIdRangeReserve() of its key.
    void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
+   /// Makes room for one range; holds until another is inserted.
+   void vlanIdRangeReserve( Bridging::VlanId lowVid ) { vlanIdRange_.reserve( lowVid ); }
    /// Returns the removed range; the default range when there was none.
    VlanRangeXlateMapping vlanIdRangeDel( Bridging::VlanId lowVid );
    VlanRangeXlateMapping vlanIdRangeDel( const VlanIdRangeMap::Iterator& at );
@@ -88,8 +91,13 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    bool revSortedStartVid( ReverseStartIdVlanId start ) const;
    /// Inserts, or overwrites the flag.
    void revSortedStartVidIs( ReverseStartIdVlanId start, bool value );
-   /// The same with an element made beforehand: cannot fail for want of memory.
+   /// The same with an element made beforehand. Cannot fail for want of memory behind
+   /// revSortedStartVidReserve() of its key.
    void revSortedStartVidIs( const Zel::Ptr< ZelRevSortedStartVid >& element );
+   /// Makes room for one start; holds until another is inserted.
+   void revSortedStartVidReserve( ReverseStartIdVlanId start ) {
+      revSortedStartVid_.reserve( start );
+   }
    /// Returns the removed start's flag; false when there was none.
    bool revSortedStartVidDel( ReverseStartIdVlanId start );
    bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );

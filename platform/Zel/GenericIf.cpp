@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -54,16 +55,25 @@ listOf( std::span< const char* const > types ) {
    return list.empty() ? "no arguments" : "( " + list + " )";
 }
 
+// Equal names settle it without a look-up; most arguments are of exactly the type asked for.
+bool
+isOf( TypeHandle type, const char* wanted ) {
+   return type &&
+          ( std::strcmp( type.name(), wanted ) == 0 || zelDerives( type, zelTypeOf( wanted ) ) );
+}
+
+/// `name` is called for the name of the operation when an error has to tell it.
+template < class Name >
 void
-requireArguments( const std::string& operation, std::span< const char* const > types,
+requireArguments( const Name& name, std::span< const char* const > types,
                   std::span< const Value > arguments ) {
    if ( arguments.size() != types.size() ) {
-      throw TypeException( operation + " takes " + listOf( types ) + ", " +
+      throw TypeException( name() + " takes " + listOf( types ) + ", " +
                            std::to_string( arguments.size() ) + " given" );
    }
    for ( std::size_t i = 0; i < types.size(); ++i ) {
-      if ( !zelDerives( arguments[ i ].type(), zelTypeOf( types[ i ] ) ) ) {
-         throw TypeException( operation + ": argument " + std::to_string( i + 1 ) + " is a " +
+      if ( !isOf( arguments[ i ].type(), types[ i ] ) ) {
+         throw TypeException( name() + ": argument " + std::to_string( i + 1 ) + " is a " +
                               types[ i ] + ", not a " + nameOf( arguments[ i ].type() ) );
       }
    }
@@ -73,8 +83,9 @@ int
 wholeValueOp( Value& result, View object, unsigned operation, std::span< const Value > arguments ) {
    const TypeRecord& type = *object.type.record();
    const ValueHooks& hooks = *type.hooks;
+   const auto name = [ &type ] { return std::string( type.name ); };
    if ( operation == static_cast< unsigned >( OpCode::IsSet ) ) {
-      requireArguments( type.name, {}, arguments );
+      requireArguments( name, {}, arguments );
       result.valueIs( !hooks.isDefault( object.object ) );
       return kDone;
    }
@@ -84,7 +95,7 @@ wholeValueOp( Value& result, View object, unsigned operation, std::span< const V
    if ( !compare ) {
       return kUnsupported;
    }
-   requireArguments( type.name, { &type.name, 1 }, arguments );
+   requireArguments( name, { &type.name, 1 }, arguments );
    result.valueIs( compare( object.object, View( arguments[ 0 ] ).object ) );
    return kDone;
 }
@@ -139,7 +150,8 @@ genericIfAttributeOp( Value& result, View object, AttributeId attribute, unsigne
    if ( !found.invoke ) {
       return kUnsupported;
    }
-   requireArguments( std::string( type.name ) + "::" + row->name, found.types, arguments );
+   requireArguments( [ & ] { return std::string( type.name ) + "::" + row->name; }, found.types,
+                     arguments );
    found.invoke( object.object, arguments.data(), result );
    return kDone;
 }
@@ -190,7 +202,8 @@ zelConstruct( TypeHandle type, std::span< const Value > arguments ) {
    if ( !record.constructor.invoke ) {
       throw TypeException( std::string( record.name ) + " cannot be constructed: it is abstract" );
    }
-   requireArguments( record.name, record.constructor.types, arguments );
+   requireArguments( [ &record ] { return std::string( record.name ); }, record.constructor.types,
+                     arguments );
    Value result;
    record.constructor.invoke( nullptr, arguments.data(), result );
    return result;
@@ -219,9 +232,9 @@ zelViewAs( View object, TypeHandle type ) {
 }
 
 void
-zelRequireType( View object, std::string_view type ) {
-   if ( !zelDerives( object.type, zelTypeOf( type ) ) ) {
-      throw TypeException( "a " + nameOf( object.type ) + " is no " + std::string( type ) );
+zelRequireType( View object, const char* type ) {
+   if ( !isOf( object.type, type ) ) {
+      throw TypeException( "a " + nameOf( object.type ) + " is no " + type );
    }
 }
 

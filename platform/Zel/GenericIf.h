@@ -77,7 +77,7 @@ ZEL_EXPORT bool zelDerives( TypeHandle type, TypeHandle base );
 /// the other, both polymorphic or neither.
 ZEL_EXPORT View zelViewAs( View object, TypeHandle type );
 /// Throws TypeException unless the object's type is or derives from the named one.
-ZEL_EXPORT void zelRequireType( View object, std::string_view type );
+ZEL_EXPORT void zelRequireType( View object, const char* type );
 
 /// A value's string form. Throws TypeException for a type that has none, such as an entity.
 ZEL_EXPORT String zelStrep( View value );

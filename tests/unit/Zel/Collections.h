@@ -1,17 +1,19 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Collections: the three kinds of collection that the container tests run on.
+// Collections: the kinds of collection that the container tests run on.
 //
 // Each maps a number to a number and offers is() (insert or overwrite) and show() ("1=10 2=20").
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 #include "Zel/HashMap2018.h"
 #include "Zel/NewEntity.h"
 #include "Zel/RbTreeMap.h"
+#include "Zel/SmallKeyMap.h"
 
 namespace TestCollections {
 
@@ -26,9 +28,28 @@ inline std::uint32_t
 numberOf( std::uint32_t key ) {
    return key;
 }
-inline std::uint32_t
-numberOf( Backward key ) {
+template < class Key >
+std::uint32_t
+numberOf( Key key ) {
    return key.number;
+}
+
+/// Numbers up to 65535 in a map of small keys, and the same with greater values first.
+struct Small {
+   std::uint32_t number = 0;
+   friend bool operator==( Small, Small ) = default;
+};
+inline std::uint16_t
+zelPlace( Small key ) {
+   return static_cast< std::uint16_t >( key.number );
+}
+struct SmallBackward {
+   std::uint32_t number = 0;
+   friend bool operator==( SmallBackward, SmallBackward ) = default;
+};
+inline std::uint16_t
+zelPlace( SmallBackward key ) {
+   return static_cast< std::uint16_t >( 0xffff - key.number );
 }
 
 /// A node with a key and a value.
@@ -79,7 +100,14 @@ using Ascending =
    Collection< Zel::RbTreeMap< KeyedNode< Zel::RbTreeNode< std::uint32_t >, std::uint32_t > > >;
 using Descending =
    Collection< Zel::RbTreeMap< KeyedNode< Zel::RbTreeNode< Backward >, Backward > > >;
+using SmallAscending = Collection< Zel::SmallKeyMap< KeyedNode< Zel::SmallKeyNode, Small > > >;
+using SmallDescending =
+   Collection< Zel::SmallKeyMap< KeyedNode< Zel::SmallKeyNode, SmallBackward > > >;
 using Hashed =
    Collection< Zel::HashMap2018< KeyedNode< Zel::HashNode, std::uint32_t >, 0x1234567 > >;
+
+template < class CollectionType >
+constexpr bool kDescending = std::is_same_v< CollectionType, Descending > ||
+                             std::is_same_v< CollectionType, SmallDescending >;
 
 }   // namespace TestCollections

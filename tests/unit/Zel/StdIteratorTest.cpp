@@ -21,6 +21,8 @@ using TestCollections::Ascending;
 using TestCollections::Descending;
 using TestCollections::Hashed;
 using TestCollections::numberOf;
+using TestCollections::SmallAscending;
+using TestCollections::SmallDescending;
 
 // Speaks of elements by their place in the walk, 0 first, whatever key stands for a place.
 template < class CollectionType >
@@ -28,13 +30,13 @@ class StdIteratorTest : public TestSupport::NoneLeftTest {
  protected:
    using Iterator = typename CollectionType::Iterator;
    using Key = typename CollectionType::Key;
-   static constexpr bool kDescending = std::is_same_v< CollectionType, Descending >;
+   static constexpr bool kDescending = TestCollections::kDescending< CollectionType >;
 
    static std::uint32_t keyOf( std::uint32_t place ) {
-      return kDescending ? 1000000 - place : 1000 + place;
+      return kDescending ? 60000 - place : 1000 + place;
    }
    static std::uint32_t placeOf( Key key ) {
-      return kDescending ? 1000000 - numberOf( key ) : numberOf( key ) - 1000;
+      return kDescending ? 60000 - numberOf( key ) : numberOf( key ) - 1000;
    }
 
    // Elements at places 0 to count-1, with their tenfold as value.
@@ -60,7 +62,8 @@ class StdIteratorTest : public TestSupport::NoneLeftTest {
    CollectionType collection_;
 };
 
-using AllCollections = testing::Types< Ascending, Descending, Hashed >;
+using AllCollections =
+   testing::Types< Ascending, Descending, SmallAscending, SmallDescending, Hashed >;
 TYPED_TEST_SUITE( StdIteratorTest, AllCollections );
 
 TYPED_TEST( StdIteratorTest, OnAStoredElementGivesTheElement ) {

@@ -1,7 +1,7 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// RbTreeMap against std::map, and its twins against a stable-sorted std::vector, under random
+// RbTreeMap and SmallKeyMap against std::map, and twins against a stable-sorted std::vector, under random
 // edits with live iterators.
 
 #include <algorithm>
@@ -26,6 +26,8 @@ namespace {
 using TestCollections::Ascending;
 using TestCollections::Descending;
 using TestCollections::numberOf;
+using TestCollections::SmallAscending;
+using TestCollections::SmallDescending;
 using TestCollections::Twin;
 using TestCollections::TwinMap;
 
@@ -33,11 +35,11 @@ constexpr int kSteps = 6000;
 constexpr std::size_t kIterators = 8;
 
 template < class MapType >
-class RbTreeMapModelTest : public TestSupport::NoneLeftTest {
+class OrderedMapModelTest : public TestSupport::NoneLeftTest {
  protected:
    using Key = typename MapType::Key;
-   using Order = std::conditional_t< std::is_same_v< MapType, Ascending >,
-                                     std::less< std::uint32_t >, std::greater< std::uint32_t > >;
+   using Order = std::conditional_t< TestCollections::kDescending< MapType >,
+                                     std::greater< std::uint32_t >, std::less< std::uint32_t > >;
    using Model = std::map< std::uint32_t, int, Order >;
 
    static std::string contents( const Model& model ) {
@@ -171,15 +173,15 @@ class RbTreeMapModelTest : public TestSupport::NoneLeftTest {
    std::vector< Live > live_{ kIterators };
 };
 
-using Orders = testing::Types< Ascending, Descending >;
-TYPED_TEST_SUITE( RbTreeMapModelTest, Orders );
+using Maps = testing::Types< Ascending, Descending, SmallAscending, SmallDescending >;
+TYPED_TEST_SUITE( OrderedMapModelTest, Maps );
 
-TYPED_TEST( RbTreeMapModelTest, AgreesWithStdMapOnFewKeys ) {
+TYPED_TEST( OrderedMapModelTest, AgreesWithStdMapOnFewKeys ) {
    SCOPED_TRACE( TestSupport::seedNote( this->seed_ ) );
    this->run( 12 );
 }
 
-TYPED_TEST( RbTreeMapModelTest, AgreesWithStdMapOnManyKeys ) {
+TYPED_TEST( OrderedMapModelTest, AgreesWithStdMapOnManyKeys ) {
    SCOPED_TRACE( TestSupport::seedNote( this->seed_ ) );
    this->run( 400 );
 }
