@@ -28,14 +28,6 @@ constexpr std::array< std::pair< OpCode, Operation AttributeRecord::* >, 7 > kOp
 
 constexpr Operation kNone{};
 
-const Operation&
-operationOf( const AttributeRecord& row, unsigned code ) {
-   const auto found = std::ranges::find( kOperations, code, []( const auto& entry ) {
-      return static_cast< unsigned >( entry.first );
-   } );
-   return found == kOperations.end() ? kNone : row.*found->second;
-}
-
 TypeHandle
 baseOf( TypeHandle type ) {
    return type && *type.record()->base ? zelTypeOf( type.record()->base ) : TypeHandle{};
@@ -55,11 +47,18 @@ listOf( std::span< const char* const > types ) {
    return list.empty() ? "no arguments" : "( " + list + " )";
 }
 
+// Whether an object of one type can be read in place as the other: where only the derived type has
+// a vtable pointer, its base stands behind that.
+bool
+readableAs( TypeHandle type, TypeHandle wanted ) {
+   return zelDerives( type, wanted ) && type.record()->polymorphic == wanted.record()->polymorphic;
+}
+
 // Equal names settle it without a look-up; most arguments are of exactly the type asked for.
 bool
 isOf( TypeHandle type, const char* wanted ) {
    return type &&
-          ( std::strcmp( type.name(), wanted ) == 0 || zelDerives( type, zelTypeOf( wanted ) ) );
+          ( std::strcmp( type.name(), wanted ) == 0 || readableAs( type, zelTypeOf( wanted ) ) );
 }
 
 /// `name` is called for the name of the operation when an error has to tell it.
@@ -73,10 +72,26 @@ requireArguments( const Name& name, std::span< const char* const > types,
    }
    for ( std::size_t i = 0; i < types.size(); ++i ) {
       if ( !isOf( arguments[ i ].type(), types[ i ] ) ) {
-         throw TypeException( name() + ": argument " + std::to_string( i + 1 ) + " is a " +
-                              types[ i ] + ", not a " + nameOf( arguments[ i ].type() ) );
+         throw TypeException( name() + " takes a " + types[ i ] + " as argument " +
+                              std::to_string( i + 1 ) + ", " + nameOf( arguments[ i ].type() ) +
+                              " given" );
       }
    }
+}
+
+void
+requireObject( View object ) {
+   if ( !object.object ) {
+      throw TypeException( "there is no object: null " + nameOf( object.type ) );
+   }
+}
+
+const TypeRecord&
+requireRecord( TypeHandle type ) {
+   if ( !type ) {
+      throw TypeException( "there is no type" );
+   }
+   return *type.record();
 }
 
 int
@@ -120,9 +135,7 @@ find( TypeHandle type, Member member, const Wanted& wanted ) {
 
 FoundAttribute
 requireAttribute( View object, std::string_view name ) {
-   if ( !object.object ) {
-      throw TypeException( "no object: null " + nameOf( object.type ) );
-   }
+   requireObject( object );
    const FoundAttribute found = find( object.type, &AttributeRecord::name, name );
    if ( !found.row ) {
       throw TypeException( nameOf( object.type ) + " has no attribute \"" + std::string( name ) +
@@ -138,6 +151,7 @@ GenericIterator::~GenericIterator() = default;
 int
 genericIfAttributeOp( Value& result, View object, AttributeId attribute, unsigned operation,
                       std::span< const Value > arguments ) {
+   requireObject( object );
    const TypeRecord& type = *object.type.record();
    if ( attribute == 0 && type.kind == TypeKind::Value ) {
       return wholeValueOp( result, object, operation, arguments );
@@ -146,7 +160,7 @@ genericIfAttributeOp( Value& result, View object, AttributeId attribute, unsigne
    if ( row == type.attributes.end() ) {
       return kNoAttribute;
    }
-   const Operation& found = operationOf( *row, operation );
+   const Operation& found = zelOperation( *row, operation );
    if ( !found.invoke ) {
       return kUnsupported;
    }
@@ -198,7 +212,7 @@ zelAttributeById( TypeHandle type, AttributeId id ) {
 
 Value
 zelConstruct( TypeHandle type, std::span< const Value > arguments ) {
-   const TypeRecord& record = *type.record();
+   const TypeRecord& record = requireRecord( type );
    if ( !record.constructor.invoke ) {
       throw TypeException( std::string( record.name ) + " cannot be constructed: it is abstract" );
    }
@@ -214,6 +228,14 @@ zelConstruct( TypeHandle type, std::initializer_list< Value > arguments ) {
    return zelConstruct( type, std::span< const Value >( arguments.begin(), arguments.size() ) );
 }
 
+const Operation&
+zelOperation( const AttributeRecord& row, unsigned operation ) {
+   const auto found = std::ranges::find( kOperations, operation, []( const auto& entry ) {
+      return static_cast< unsigned >( entry.first );
+   } );
+   return found == kOperations.end() ? kNone : row.*found->second;
+}
+
 bool
 zelDerives( TypeHandle type, TypeHandle base ) {
    while ( type && !( type == base ) ) {
@@ -224,8 +246,7 @@ zelDerives( TypeHandle type, TypeHandle base ) {
 
 View
 zelViewAs( View object, TypeHandle type ) {
-   const bool related = zelDerives( object.type, type ) || zelDerives( type, object.type );
-   if ( !related || object.type.record()->polymorphic != type.record()->polymorphic ) {
+   if ( !readableAs( object.type, type ) && !readableAs( type, object.type ) ) {
       throw TypeException( "a " + nameOf( object.type ) + " is no " + nameOf( type ) );
    }
    return { type, object.object };
@@ -248,7 +269,7 @@ zelStrep( View value ) {
 
 Value
 zelParse( TypeHandle type, std::string_view text ) {
-   const ValueHooks* hooks = type.record()->hooks;
+   const ValueHooks* hooks = requireRecord( type ).hooks;
    if ( !hooks ) {
       throw TypeException( nameOf( type ) + " has no string form" );
    }

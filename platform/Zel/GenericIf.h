@@ -8,9 +8,10 @@
 //   zelAttribute( mgr, "deleteVlanFromIdx", OpCode::Call,
 //                 { zelParse( "Corvel::IntfId", "7" ), zelParse( "Bridging::VlanId", "100" ) } );
 //
-// Arguments   Must be as many as the operation takes, each of its type or one that derives from it;
-//             else TypeException, with nothing called. A pointer argument may be null; whether the
-//             operation takes it is its own affair, as are its other conditions.
+// Arguments   Must be as many as the operation takes, each of its type or one that derives from it,
+//             both polymorphic or neither; else TypeException, with nothing called. A pointer
+//             argument may be null; whether the operation takes it is its own affair, as are its
+//             other conditions.
 // Errors      What a called operation throws passes through unchanged.
 // Cost        A few look-ups by name per operation, and a copy of each value.
 // Threads     As the types themselves: one.
@@ -50,7 +51,7 @@ enum GenericIfResult : int {
 
 /// Attribute 0 is the whole value. Only attributes of exactly `object.type` are looked at.
 /// `result` is written only by operations that yield something. Anything but kDone means that
-/// nothing was called or changed.
+/// nothing was called or changed. Throws TypeException for a null object.
 ZEL_EXPORT int genericIfAttributeOp( Value& result, View object, AttributeId attribute,
                                      unsigned operation, std::span< const Value > arguments );
 
@@ -67,7 +68,11 @@ ZEL_EXPORT std::unique_ptr< GenericIterator > zelIterate( View object, std::stri
 ZEL_EXPORT const AttributeRecord* zelAttributeByName( TypeHandle type, std::string_view name );
 ZEL_EXPORT const AttributeRecord* zelAttributeById( TypeHandle type, AttributeId id );
 
-/// Makes an object; what the creator throws passes on. Throws TypeException for an abstract type.
+/// What a row says of an operation code; without `invoke` when it is not supported.
+ZEL_EXPORT const Operation& zelOperation( const AttributeRecord& row, unsigned operation );
+
+/// Makes an object; what the creator throws passes on. Throws TypeException for an abstract type
+/// and for a null handle.
 ZEL_EXPORT Value zelConstruct( TypeHandle type, std::span< const Value > arguments );
 ZEL_EXPORT Value zelConstruct( TypeHandle type, std::initializer_list< Value > arguments );
 
@@ -76,7 +81,8 @@ ZEL_EXPORT bool zelDerives( TypeHandle type, TypeHandle base );
 /// The same storage under another type. Throws TypeException unless one of the types derives from
 /// the other, both polymorphic or neither.
 ZEL_EXPORT View zelViewAs( View object, TypeHandle type );
-/// Throws TypeException unless the object's type is or derives from the named one.
+/// Throws TypeException unless the object's type is or derives from the named one, both
+/// polymorphic or neither.
 ZEL_EXPORT void zelRequireType( View object, const char* type );
 
 /// A value's string form. Throws TypeException for a type that has none, such as an entity.

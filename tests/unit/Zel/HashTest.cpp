@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <set>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -65,6 +67,29 @@ TEST( SingleAttrHash, DependsOnEveryBitOfTheValue ) {
 
 TEST( SingleAttrHash, OfAPlainNumberIsItsZelHash ) {
    EXPECT_EQ( Zel::zelHash( std::uint16_t{ 5 }, 7 ), Zel::singleAttrHash( 5, 7 ) );
+}
+
+TEST( ZelHash, OfNumbersWithFractionDependsOnValueAndSeed ) {
+   EXPECT_EQ( Zel::zelHash( 0.5, 7 ), Zel::zelHash( 0.5, 7 ) );
+   EXPECT_NE( Zel::zelHash( 0.5, 7 ), Zel::zelHash( 0.25, 7 ) );
+   EXPECT_NE( Zel::zelHash( 0.5, 7 ), Zel::zelHash( 0.5, 8 ) );
+}
+
+TEST( ZelHash, OfEqualNumbersIsTheSameWhateverTheirSignBit ) {
+   EXPECT_EQ( Zel::zelHash( -0.0, 7 ), Zel::zelHash( 0.0, 7 ) );
+   EXPECT_NE( Zel::zelHash( -1.0, 7 ), Zel::zelHash( 1.0, 7 ) );
+}
+
+TEST( ZelHash, OfATextDependsOnItsCharactersTheirOrderAndTheSeed ) {
+   const auto hash = []( std::string_view text, std::uint32_t seed = 7 ) {
+      return Zel::zelHash( text, seed );
+   };
+   EXPECT_EQ( hash( "abc" ), hash( std::string( "abc" ) ) );
+   EXPECT_NE( hash( "abc" ), hash( "abd" ) );
+   EXPECT_NE( hash( "abc" ), hash( "acb" ) );
+   EXPECT_NE( hash( "abc" ), hash( "abc", 8 ) );
+   EXPECT_NE( hash( "" ), hash( std::string_view( "\0", 1 ) ) );
+   EXPECT_NE( hash( "\xff" ), hash( "\x7f" ) );
 }
 
 // The low bits choose the bucket.

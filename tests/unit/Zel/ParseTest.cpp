@@ -3,8 +3,10 @@
 
 #include "Zel/Parse.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -133,6 +135,94 @@ TEST( ParseUnsigned, HonoursALimitThatNeedNotBeATypes ) {
    EXPECT_THROW( Zel::parseUnsigned( at, text.end(), 30 ), ParseException );
    at = text.begin();
    EXPECT_THROW( Zel::parseUnsigned( at, text.end(), 2 ), ParseException );
+}
+
+TEST( ParseBool, ReadsTheTwoWordsAndNothingElse ) {
+   const auto read = []( const String& text ) {
+      StringIterator at = text.begin();
+      const bool value = Zel::parseBool( at, text.end() );
+      return std::to_string( at.offset() ) + ( value ? " yes" : " no" );
+   };
+   EXPECT_EQ( read( "true" ), "4 yes" );
+   EXPECT_EQ( read( "false, next" ), "5 no" );
+   for ( const char* text : { "", "1", "True", "tru", " true" } ) {
+      EXPECT_THROW( read( text ), ParseException ) << text;
+   }
+}
+
+TEST( ParseBool, SaysWhatWasExpectedAndStaysWhereItFailed ) {
+   const String text( "maybe" );
+   StringIterator at = text.begin();
+   EXPECT_EQ( complaint( [ & ] { Zel::parseBool( at, text.end() ); } ),
+              "expected false or true, found \"maybe\" at offset 0 [0]" );
+   EXPECT_EQ( at.offset(), 0u );
+}
+
+TEST( ParseChoice, AnswersThePlaceOfTheChoiceAndStopsBehindIt ) {
+   constexpr const char* choices[] = { "red", "green", "blue" };
+   const String text( "blue,red" );
+   StringIterator at = text.begin();
+   EXPECT_EQ( Zel::parseChoice( at, text.end(), choices ), 2u );
+   ++at;
+   EXPECT_EQ( Zel::parseChoice( at, text.end(), choices ), 0u );
+   EXPECT_TRUE( at == text.end() );
+}
+
+TEST( ParseChoice, NamesAllChoicesWhenNoneIsThere ) {
+   constexpr const char* choices[] = { "red", "green", "blue" };
+   const String text( "gree" );
+   StringIterator at = text.begin();
+   EXPECT_EQ( complaint( [ & ] { Zel::parseChoice( at, text.end(), choices ); } ),
+              "expected red or green or blue, found \"gree\" at offset 0 [0]" );
+   EXPECT_EQ( at.offset(), 0u );
+}
+
+TEST( ParseDouble, ReadsDecimalNumbersAndStopsBehindThem ) {
+   const auto read = []( const String& text ) {
+      StringIterator at = text.begin();
+      const double value = Zel::parseDouble( at, text.end() );
+      return std::pair( value, at.offset() );
+   };
+   EXPECT_EQ( read( "0.1" ), std::pair( 0.1, std::size_t{ 3 } ) );
+   EXPECT_EQ( read( "-2.5e3 s" ), std::pair( -2500.0, std::size_t{ 6 } ) );
+   EXPECT_EQ( read( "7,5" ), std::pair( 7.0, std::size_t{ 1 } ) );
+   EXPECT_EQ( read( "0x10" ), std::pair( 0.0, std::size_t{ 1 } ) );
+}
+
+TEST( ParseDouble, RefusesWhatIsNoFiniteNumberAndStaysWhereItFailed ) {
+   for ( const char* number :
+         { "", " 1", "+1", "x", "inf", "-inf", "nan", "infinity", "1e999", "-1e999", "." } ) {
+      const String text( number );
+      StringIterator at = text.begin();
+      EXPECT_THROW( Zel::parseDouble( at, text.end() ), ParseException ) << number;
+      EXPECT_EQ( at.offset(), 0u ) << number;
+   }
+   EXPECT_EQ( complaint( [] { Zel::strepToValue< double >( "fast" ); } ),
+              "expected a decimal number, found \"fast\" at offset 0 [0]" );
+}
+
+TEST( ParseValue, OfATextIsAllThatIsLeft ) {
+   EXPECT_EQ( Zel::strepToValue< String >( "any, text" ).str(), "any, text" );
+   EXPECT_EQ( Zel::strepToValue< String >( "" ).str(), "" );
+   const String text( "name: a b" );
+   StringIterator at = text.begin();
+   Zel::parseLiteral( at, text.end(), "name: " );
+   EXPECT_EQ( Zel::parseValue< String >( at, text.end() ).str(), "a b" );
+   EXPECT_TRUE( at == text.end() );
+}
+
+enum class Side : std::uint8_t { Left, Right };
+
+void
+zelParseValue( StringIterator& current, StringIterator end, Side& side ) {
+   constexpr const char* names[] = { "Left", "Right" };
+   side = static_cast< Side >( Zel::parseChoice( current, end, names ) );
+}
+
+TEST( ParseValue, OfATypeWithoutConstructorsIsTheFunctionBesideIt ) {
+   EXPECT_EQ( Zel::strepToValue< Side >( "Right" ), Side::Right );
+   EXPECT_EQ( Zel::strepToValue< bool >( "true" ), true );
+   EXPECT_THROW( Zel::strepToValue< Side >( "Rightmost" ), ParseException );
 }
 
 TEST( ParseEnd, AcceptsTheEndAlone ) {

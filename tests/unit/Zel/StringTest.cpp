@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "Zel/Parse.h"
+
 namespace {
 
 using Zel::String;
@@ -87,6 +89,23 @@ TEST( ValueToStrep, OfNumbersIsDecimal ) {
 TEST( ValueToStrep, OfABoolIsAWord ) {
    EXPECT_EQ( Zel::valueToStrep( true ).str(), "true" );
    EXPECT_EQ( Zel::valueToStrep( false ).str(), "false" );
+}
+
+TEST( ValueToStrep, OfANumberWithFractionIsItsShortestDecimalForm ) {
+   EXPECT_EQ( Zel::valueToStrep( 0.1 ).str(), "0.1" );
+   EXPECT_EQ( Zel::valueToStrep( 0.0 ).str(), "0" );
+   EXPECT_EQ( Zel::valueToStrep( -2.5 ).str(), "-2.5" );
+   EXPECT_EQ( Zel::valueToStrep( 3.0 ).str(), "3" );
+}
+
+TEST( ValueToStrep, OfANumberWithFractionIsReadBackAsTheSameNumber ) {
+   using Limits = std::numeric_limits< double >;
+   for ( const double number :
+         { 0.1, 0.1 + 0.2, 1.0 / 3.0, 1e-7, 123456789.125, Limits::max(), -Limits::max(),
+           Limits::min(), Limits::denorm_min(), Limits::epsilon() } ) {
+      const String text = Zel::valueToStrep( number );
+      EXPECT_EQ( Zel::strepToValue< double >( text ), number ) << text;
+   }
 }
 
 TEST( ValueToStrep, OfATextIsTheText ) {
