@@ -16,6 +16,8 @@
 #include "agent/Replay.h"
 #include "agent/config/ConfigurationReader.h"
 #include "agent/config/VlanList.h"
+#include "agent/console/Console.h"
+#include "agent/console/TypePages.h"
 
 namespace Agent {
 namespace {
@@ -81,6 +83,22 @@ filterVlans( const Options& options, std::vector< PortReport >& ports ) {
       port = onlyVlans( std::move( port ), list.ids );
    }
    return true;
+}
+
+// The agent's objects as the console names them.
+Console::Roots
+rootsOf( const ScaleAgent& agent ) {
+   Console::Roots roots;
+   const auto add = [ &roots ]( const char* name, Zel::PtrInterface& entity ) {
+      roots.emplace( name, Zel::Value( {}, Zel::Ptr< Zel::PtrInterface >( &entity ) ) );
+   };
+   add( "acsd", agent.acsd() );
+   add( "codef", agent.programmer() );
+   add( "ranges", agent.rangeEntryDir() );
+   add( "schedule", agent.scheduleDir() );
+   add( "scheduler", agent.scheduler() );
+   add( "sm", agent.stateMachine() );
+   return roots;
 }
 
 }   // namespace
@@ -185,6 +203,31 @@ ringsCommand( const Options& options ) {
    for ( const Pelrec::Record& record : Pelrec::Reader( file.bytes() ).records() ) {
       fmt::print( "{} {} {}\n", Pelrec::wallTime( record.timeNs ), record.level, record.text );
    }
+   return kExitClean;
+}
+
+int
+consoleCommand( const Options& options ) {
+   if ( options.file == "-" ) {
+      fmt::print( stderr, "console: FILE cannot be -: standard input carries the commands\n" );
+      return kExitUnusable;
+   }
+   Configuration configuration{};
+   if ( !options.file.empty() ) {
+      std::optional< Configuration > read = readOrComplain( options );
+      if ( !read ) {
+         return kExitUnusable;
+      }
+      configuration = std::move( *read );
+   }
+   ScaleAgent agent( options.rangeEntries );
+   applyConfiguration( agent, configuration );
+   return Console::runConsole( rootsOf( agent ) ) == 0 ? kExitClean : kExitUnusable;
+}
+
+int
+typesCommand( const Options& options ) {
+   std::cout << ( options.markdown ? Console::typesMarkdown() : Console::typesText() );
    return kExitClean;
 }
 

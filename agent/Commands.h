@@ -18,10 +18,11 @@ constexpr int kExitFindings = 1;
 constexpr int kExitUnusable = 2;
 
 struct Options {
-   std::string file;   ///< "-" for standard input
+   std::string file;   ///< "-" for standard input; empty for none
    std::size_t rangeEntries = ScaleAgent::kDefaultRangeEntries;
    bool verbose = false;
    bool json = false;
+   bool markdown = false;
    RangeOrder order = RangeOrder::Size;
    std::string port;
    std::optional< std::string > vlans;   ///< a VLAN list, such as "1,10-100"
@@ -35,5 +36,9 @@ int showPortCommand( const Options& options );
 int replayCommand( const Options& options );
 /// Prints the messages of a ring file, oldest first.
 int ringsCommand( const Options& options );
+/// Commands on the agent's objects, from a terminal or a pipe; applies the file first, if any.
+int consoleCommand( const Options& options );
+/// Lists the registered types.
+int typesCommand( const Options& options );
 
 }   // namespace Agent

@@ -86,6 +86,15 @@ class CommandLine {
       CLI::App* rings = command( app_, "rings", "print the messages of a file made by --ring",
                                  Agent::ringsCommand );
       rings->add_option( "FILE", options_.file, "ring file" )->required();
+
+      CLI::App* console = command( app_, "console", "look at and change a running agent's objects",
+                                   Agent::consoleCommand );
+      configurationFile( console )->required( false )->description(
+         "configuration to apply first; standard input carries the commands" );
+      ranking( console );
+
+      CLI::App* types = command( app_, "types", "list the registered types", Agent::typesCommand );
+      types->add_flag( "--markdown", options_.markdown, "print the reference page of all types" );
    }
 
    int execute( int argc, char** argv ) {
@@ -109,12 +118,13 @@ class CommandLine {
       sub->add_option( "--ring", process_.ring, "keep the ring-buffer trace in this file" );
       return sub;
    }
-   void configurationFile( CLI::App* sub ) {
-      sub->add_option( "FILE", options_.file,
+   CLI::Option* configurationFile( CLI::App* sub ) {
+      sub->add_flag( "--verbose,-v", options_.verbose, "name the members that are not used" );
+      return sub
+         ->add_option( "FILE", options_.file,
                        "IEEE 802.1Q or OpenConfig VLAN configuration, RFC 7951 JSON; - reads "
                        "standard input" )
          ->required();
-      sub->add_flag( "--verbose,-v", options_.verbose, "name the members that are not used" );
    }
    void ranking( CLI::App* sub ) {
       sub->add_option( "--range-entries", options_.rangeEntries,

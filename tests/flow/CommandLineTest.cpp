@@ -33,15 +33,17 @@ TEST( AgentCommandLine, helpNamesTheCommandsAndExitsWithZero ) {
    const Outcome outcome = runAgent( { "--help" } );
    EXPECT_EQ( outcome.exitCode, 0 );
    EXPECT_EQ( outcome.err, "" );
-   for ( const std::string command : { "run", "check", "show", "replay", "rings" } ) {
+   for ( const std::string command :
+         { "run", "check", "show", "replay", "rings", "console", "types" } ) {
       EXPECT_NE( outcome.out.find( "\n  " + command + " " ), std::string::npos ) << outcome.out;
    }
 }
 
 TEST( AgentCommandLine, everyCommandHasHelp ) {
-   for ( const Words& command : { Words{ "run" }, Words{ "check" }, Words{ "show" },
-                                  Words{ "show", "ranges" }, Words{ "show", "summary" },
-                                  Words{ "show", "port" }, Words{ "replay" }, Words{ "rings" } } ) {
+   for ( const Words& command :
+         { Words{ "run" }, Words{ "check" }, Words{ "show" }, Words{ "show", "ranges" },
+           Words{ "show", "summary" }, Words{ "show", "port" }, Words{ "replay" }, Words{ "rings" },
+           Words{ "console" }, Words{ "types" } } ) {
       Words words = command;
       words.push_back( "--help" );
       const Outcome outcome = runAgent( words );

@@ -1,0 +1,56 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+// The pages of docs/ that the agent can tell to be stale.
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+#include "tests/flow/ConsoleRun.h"
+
+namespace FlowTest {
+namespace {
+
+std::string
+page( const std::string& name ) {
+   return textOfFile( std::string( MOX_DOCS_DIR ) + "/" + name );
+}
+
+TEST( Pages, typesIsWhatTheAgentPrints ) {
+   EXPECT_EQ( page( "types.md" ), runAgent( { "types", "--markdown" } ).out )
+      << "docs/types.md is stale: vlan-scale-agent types --markdown >docs/types.md";
+}
+
+// What stands behind prompts, and the rest.
+struct Dialogue {
+   std::string commands;
+   std::string answers;
+};
+
+Dialogue
+dialogueOf( const std::string& text ) {
+   const std::string fence = "```\n";
+   const std::size_t begin = text.find( "\n" + fence ) + 1 + fence.size();
+   const std::size_t end = text.find( "\n" + fence, begin ) + 1;
+   Dialogue dialogue;
+   for ( const std::string& line : linesOf( text.substr( begin, end - begin ) ) ) {
+      if ( line.starts_with( "> " ) ) {
+         dialogue.commands += line.substr( 2 ) + "\n";
+      } else {
+         dialogue.answers += line + "\n";
+      }
+   }
+   return dialogue;
+}
+
+TEST( Pages, consoleShowsASessionAsItGoes ) {
+   const Dialogue shown = dialogueOf( page( "console.md" ) );
+   ASSERT_GT( linesOf( shown.commands ).size(), 10u );
+   const Outcome outcome = consoleInOneStream( shown.commands, sample( "small-ieee.json" ) );
+   // A terminal shows no line numbers before errors.
+   EXPECT_EQ( std::regex_replace( outcome.out, std::regex( "(^|\n)line [0-9]+: " ), "$1" ),
+              shown.answers );
+}
+
+}   // namespace
+}   // namespace FlowTest
