@@ -22,38 +22,12 @@ constinit Zel::TraceHandle trace( "MoxVlanRangeMgr", false );
 constexpr unsigned kDecision = 1;
 constexpr unsigned kArguments = 9;
 
-// The range that starts at or above `vid`.
-VlanRangeEntry::VlanIdRangeMap::Iterator
-upperBound( const VlanRangeEntry& entry, VlanId vid ) {
-   return entry.vlanIdRange().findElementOrNext( vid );
-}
+using RangeElement = VlanRangeEntry::ZelVlanIdRange;
+using StartElement = VlanRangeEntry::ZelRevSortedStartVid;
 
-// The start at or below `vid`, which is the start of the only range that can hold it.
-VlanRangeEntry::RevSortedStartVidMap::Iterator
-lowerBound( const VlanRangeEntry& entry, VlanId vid ) {
-   return entry.revSortedStartVid().findElementOrNext( ReverseStartIdVlanId( vid.value() ) );
-}
-
-VlanRangeXlateMapping
-rangeOf( const VlanRangeEntry& entry,
-         const VlanRangeEntry::RevSortedStartVidMap::Iterator& start ) {
-   return entry.vlanIdRange( VlanId( start->key().value() ) );
-}
-
-// Elements are made, and room for them, before the first change of a call: when memory runs out,
-// the index is as it was.
-Zel::Ptr< VlanRangeEntry::ZelVlanIdRange >
-newRangeElement( VlanRangeEntry& entry, VlanId lowVid, VlanId highVid, VlanXlateMapping mapping ) {
-   entry.vlanIdRangeReserve( lowVid );
-   return Zel::newEntity< VlanRangeEntry::ZelVlanIdRange >(
-      VlanRangeXlateMapping( lowVid, highVid, mapping ) );
-}
-
-Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid >
-newStartElement( VlanRangeEntry& entry, VlanId start ) {
-   const ReverseStartIdVlanId key( start.value() );
-   entry.revSortedStartVidReserve( key );
-   return Zel::newEntity< VlanRangeEntry::ZelRevSortedStartVid >( key, true );
+bool
+isVlanId( VlanId id ) {
+   return VlanId::kLowest <= id.value() && id.value() <= VlanId::kHighest;
 }
 
 // Throws the range exception for what fromRaw() let pass.
@@ -65,6 +39,166 @@ requireVlanId( VlanId id ) {
 bool
 mappingMatches( VlanXlateMapping wanted, const VlanRangeXlateMapping& range ) {
    return wanted == VlanXlateMapping() || wanted == range.mapping();
+}
+
+bool
+isIn( const VlanRangeXlateMapping& range, VlanId vid ) {
+   return !( vid < range.lowVid() ) && !( range.highVid() < vid );
+}
+
+// An interface's entry, looked up when it is first asked for and made when there is none.
+class EntryOf {
+ public:
+   EntryOf( VlanRangeEntryDir& dir, IntfId intfId ) : dir_( dir ), intfId_( intfId ) {}
+
+   IntfId intfId() const { return intfId_; }
+   VlanRangeEntry* operator->() {
+      if ( !entry_ ) {
+         entry_ = dir_.vlanRangeEntryIs( intfId_ );
+      }
+      return entry_.get();
+   }
+
+ private:
+   VlanRangeEntryDir& dir_;
+   const IntfId intfId_;
+   Zel::Ptr< VlanRangeEntry > entry_;
+};
+
+// The two bound tests of one id, and what they find. Each collection is searched once. But when the
+// calls are traced, every test searches for itself: whoever reads the lines may change the index
+// between two of them.
+class BoundTests {
+ public:
+   BoundTests( EntryOf& entry, VlanId vid ) : entry_( entry ), vid_( vid ) {}
+
+   bool isVidAndDot1qInUpperBoundRange( VlanXlateMapping mapping ) {
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                 " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
+      RangeElement* element = upper();
+      if ( !element ) {
+         ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                    " upper bound iterator empty" );
+         return false;
+      }
+      const VlanRangeXlateMapping range = element->value();
+      // "uppper" is kept on purpose: the text is matched by those who read the traces.
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                 " uppper bound Range: ", range );
+      return mappingMatches( mapping, range ) && isIn( range, vid_ );
+   }
+
+   bool isVidAndDot1qInLowerBoundRange( VlanXlateMapping mapping ) {
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+                 " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
+      if ( !lower() ) {
+         ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+                    " lower bound iterator empty" );
+         return false;
+      }
+      const VlanRangeXlateMapping range = lowerRange();
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
+                 range );
+      return mappingMatches( mapping, range ) && isIn( range, vid_ );
+   }
+
+   /// The range that starts at or above the id, or null.
+   RangeElement* upper() {
+      if ( !upperKnown_ || traced_ ) {
+         upper_ = entry_->vlanIdRange().findNodeOrNext( vid_ );
+         upperKnown_ = true;
+      }
+      return upper_;
+   }
+   /// The start at or below the id, which is the start of the only range that can hold it, or null.
+   StartElement* lower() {
+      if ( !lowerKnown_ || traced_ ) {
+         const auto& starts = entry_->revSortedStartVid();
+         lower_ = starts.findNodeOrNext( ReverseStartIdVlanId( vid_.value() ) );
+         lowerElement_ =
+            lower_ ? entry_->vlanIdRange().findNode( VlanId( lower_->key().value() ) ) : nullptr;
+         lowerKnown_ = true;
+      }
+      return lower_;
+   }
+   /// The element of that start's range, or null. Behind lower().
+   RangeElement* lowerElement() const { return lowerElement_; }
+   /// That range; the default range when there is none. Behind lower().
+   VlanRangeXlateMapping lowerRange() const {
+      return lowerElement_ ? lowerElement_->value() : VlanRangeXlateMapping();
+   }
+
+   /// The tests of the id above: they find the same, but for what starts at this id.
+   BoundTests above() const {
+      BoundTests tests( entry_, VlanId( vid_.value() + 1u ) );
+      if ( upperKnown_ && !traced_ && !( upper_ && upper_->key() == vid_ ) ) {
+         tests.upper_ = upper_;
+         tests.upperKnown_ = true;
+      }
+      return tests;
+   }
+   /// The tests of the id below.
+   BoundTests below() const {
+      BoundTests tests( entry_, VlanId( vid_.value() - 1u ) );
+      if ( lowerKnown_ && !traced_ && !( lower_ && lower_->key().value() == vid_.value() ) ) {
+         tests.lower_ = lower_;
+         tests.lowerElement_ = lowerElement_;
+         tests.lowerKnown_ = true;
+      }
+      return tests;
+   }
+
+ private:
+   EntryOf& entry_;
+   const VlanId vid_;
+   const bool traced_ = trace.anyEnabled();
+   bool upperKnown_ = false;
+   bool lowerKnown_ = false;
+   RangeElement* upper_ = nullptr;
+   StartElement* lower_ = nullptr;
+   RangeElement* lowerElement_ = nullptr;
+};
+
+// Whether an element that a call deletes may be used again: nobody else may still look at it.
+bool
+isReusable( const Zel::PtrInterface* deleted ) {
+   return deleted && deleted->zelReferences() == 1;
+}
+
+// Whether what a call deletes and inserts under the same key can be replaced where it stands: not
+// under the eyes of one who reads the trace, nor where the deletion is going to abort.
+bool
+isReplaceable( const RangeElement* deleted ) {
+   return isReusable( deleted ) && deleted->value() && !trace.anyEnabled();
+}
+
+// Elements are found or made, and room for them, before the first change of a call: when memory
+// runs out, the index is as it was.
+Zel::Ptr< RangeElement >
+rangeElement( EntryOf& entry, VlanId insertAt, RangeElement* deleted = nullptr ) {
+   entry->vlanIdRangeReserve( insertAt );
+   return isReusable( deleted ) ? deleted
+                                : Zel::newEntity< RangeElement >( VlanRangeXlateMapping() );
+}
+
+Zel::Ptr< StartElement >
+startElement( EntryOf& entry, VlanId insertAt, StartElement* deleted = nullptr ) {
+   const ReverseStartIdVlanId start( insertAt.value() );
+   entry->revSortedStartVidReserve( start );
+   return isReusable( deleted ) ? deleted : Zel::newEntity< StartElement >( start, true );
+}
+
+void
+insertRange( EntryOf& entry, const Zel::Ptr< RangeElement >& element,
+             const VlanRangeXlateMapping& range ) {
+   element->valueIs( range );
+   entry->vlanIdRangeIs( element );
+}
+
+void
+insertStart( EntryOf& entry, const Zel::Ptr< StartElement >& element, VlanId start ) {
+   element->keyIs( start.value() );
+   entry->revSortedStartVidIs( element );
 }
 
 }   // namespace
@@ -80,44 +214,21 @@ MoxVlanRangeMgr::MoxVlanRangeMgrIs( const Zel::Ptr< VlanRangeEntryDir >& vlanRan
 
 bool
 MoxVlanRangeMgr::isVidInRange( const VlanRangeXlateMapping& range, VlanId vid ) const {
-   return !( vid < range.lowVid() ) && !( range.highVid() < vid );
+   return isIn( range, vid );
 }
 
 bool
 MoxVlanRangeMgr::isVidAndDot1qInUpperBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange", " intfId: ", intfId,
-              " inVlanId: ", vid, " mapping: ", mapping );
-   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
-   const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
-   if ( !uBoundIter ) {
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-                 " upper bound iterator empty" );
-      return false;
-   }
-   const VlanRangeXlateMapping range = uBoundIter->value();
-   // "uppper" is kept on purpose: the text is matched by those who read the traces.
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-              " uppper bound Range: ", range );
-   return mappingMatches( mapping, range ) && isVidInRange( range, vid );
+   EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
+   return BoundTests( vlanRangeEntry, vid ).isVidAndDot1qInUpperBoundRange( mapping );
 }
 
 bool
 MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " intfId: ", intfId,
-              " inVlanId: ", vid, " mapping: ", mapping );
-   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
-   const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
-   if ( !lBoundIter ) {
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
-                 " lower bound iterator empty" );
-      return false;
-   }
-   const VlanRangeXlateMapping range = rangeOf( *vlanRangeEntry, lBoundIter );
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
-              range );
-   return mappingMatches( mapping, range ) && isVidInRange( range, vid );
+   EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
+   return BoundTests( vlanRangeEntry, vid ).isVidAndDot1qInLowerBoundRange( mapping );
 }
 
 // The assertions below name their variables in what they print; those names are kept on purpose.
@@ -125,86 +236,94 @@ void
 MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mapping ) {
    ZEL_TRACE( trace, kArguments, __LINE__, "addVlanToIdx", " intfId: ", intfId, " vlanId: ", vid,
               " mapping: ", mapping );
-   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
-   if ( isVidAndDot1qInLowerBoundRange( intfId, vid, mapping ) ||
-        isVidAndDot1qInUpperBoundRange( intfId, vid, mapping ) ) {
+   EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
+   BoundTests here( vlanRangeEntry, vid );
+   if ( here.isVidAndDot1qInLowerBoundRange( mapping ) ||
+        here.isVidAndDot1qInUpperBoundRange( mapping ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " already present returning " );
       return;
    }
    const bool joinsUpper =
-      vid.value() < VlanId::kHighest &&
-      isVidAndDot1qInUpperBoundRange( intfId, VlanId( vid.value() + 1u ), mapping );
+      vid.value() < VlanId::kHighest && here.above().isVidAndDot1qInUpperBoundRange( mapping );
    const bool joinsLower =
-      vid.value() != VlanId::kLowest &&
-      isVidAndDot1qInLowerBoundRange( intfId, VlanId( vid.value() - 1u ), mapping );
+      vid.value() != VlanId::kLowest && here.below().isVidAndDot1qInLowerBoundRange( mapping );
 
-   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > newRange;
+   VlanRangeXlateMapping newRange( vid, vid, mapping );
+   Zel::Ptr< RangeElement > newElement;
    if ( joinsLower && joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " merge 2 ranges " );
-      const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+      const auto uBoundIter = here.upper();
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+      const auto lBoundIter = here.lower();
       ZEL_ASSERT( lBoundIter );
-      const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
-      newRange =
-         newRangeElement( *vlanRangeEntry, lBoundRange.lowVid(), uBoundRange.highVid(), mapping );
+      const VlanRangeXlateMapping lBoundRange = here.lowerRange();
+      newRange = { lBoundRange.lowVid(), uBoundRange.highVid(), mapping };
+      newElement = rangeElement( vlanRangeEntry, newRange.lowVid(), here.lowerElement() );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
    } else if ( joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to start of curRange " );
-      const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+      const auto uBoundIter = here.upper();
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      newRange = newRangeElement( *vlanRangeEntry, vid, uBoundRange.highVid(), mapping );
-      const auto newStart = newStartElement( *vlanRangeEntry, vid );
+      newRange = { vid, uBoundRange.highVid(), mapping };
+      newElement = rangeElement( vlanRangeEntry, vid, uBoundIter );
+      const auto newStart = startElement(
+         vlanRangeEntry, vid,
+         vlanRangeEntry->revSortedStartVid().findNode( uBoundRange.lowVid().value() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
-      vlanRangeEntry->revSortedStartVidIs( newStart );
+      insertStart( vlanRangeEntry, newStart, vid );
    } else if ( joinsLower ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to end of prev range" );
-      const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+      const auto lBoundIter = here.lower();
       ZEL_ASSERT( lBoundIter );
-      const VlanRangeXlateMapping lBoundRange = rangeOf( *vlanRangeEntry, lBoundIter );
-      newRange = newRangeElement( *vlanRangeEntry, lBoundRange.lowVid(), vid, mapping );
+      const VlanRangeXlateMapping lBoundRange = here.lowerRange();
+      newRange = { lBoundRange.lowVid(), vid, mapping };
+      if ( isReplaceable( here.lowerElement() ) ) {
+         vlanRangeEntry->vlanIdRangeReplace( *here.lowerElement(), newRange );
+         return;
+      }
+      newElement = rangeElement( vlanRangeEntry, newRange.lowVid(), here.lowerElement() );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
    } else {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
-      newRange = newRangeElement( *vlanRangeEntry, vid, vid, mapping );
-      vlanRangeEntry->revSortedStartVidIs( newStartElement( *vlanRangeEntry, vid ) );
+      newElement = rangeElement( vlanRangeEntry, vid );
+      insertStart( vlanRangeEntry, startElement( vlanRangeEntry, vid ), vid );
    }
-   vlanRangeEntry->vlanIdRangeIs( newRange );
-   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
-              " adding new Range: ", newRange->value() );
+   insertRange( vlanRangeEntry, newElement, newRange );
+   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " adding new Range: ", newRange );
 }
 
-// Each test is asked again where its answer is acted upon: traced, it shows what was seen then.
+// When it is traced, each test is asked again where its answer is acted upon.
 void
 MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
    ZEL_TRACE( trace, kArguments, __LINE__, "deleteVlanFromIdx", " intfId: ", intfId,
               " vlanId: ", vid );
    const VlanXlateMapping any;
-   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
-   if ( !isVidAndDot1qInUpperBoundRange( intfId, vid, any ) &&
-        !isVidAndDot1qInLowerBoundRange( intfId, vid, any ) ) {
+   EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
+   BoundTests here( vlanRangeEntry, vid );
+   const bool traced = trace.anyEnabled();
+   const bool inUpper = here.isVidAndDot1qInUpperBoundRange( any );
+   if ( !inUpper && !here.isVidAndDot1qInLowerBoundRange( any ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid not present in lower and upper bound range " );
       return;
    }
-   if ( isVidAndDot1qInUpperBoundRange( intfId, vid, any ) ) {
+   if ( traced ? here.isVidAndDot1qInUpperBoundRange( any ) : inUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in upper bound range " );
-      const auto uBoundIter = upperBound( *vlanRangeEntry, vid );
+      const auto uBoundIter = here.upper();
       ZEL_ASSERT( uBoundIter );
-      const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      deleteVlanFromRange( intfId, vid, uBoundRange );
-   } else if ( isVidAndDot1qInLowerBoundRange( intfId, vid, any ) ) {
+      deleteVlanFromRange( intfId, vid, uBoundIter->value() );
+   } else if ( !traced || here.isVidAndDot1qInLowerBoundRange( any ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in lower bound range " );
-      const auto lBoundIter = lowerBound( *vlanRangeEntry, vid );
+      const auto lBoundIter = here.lower();
       ZEL_ASSERT( lBoundIter );
-      deleteVlanFromRange( intfId, vid, rangeOf( *vlanRangeEntry, lBoundIter ) );
+      deleteVlanFromRange( intfId, vid, here.lowerRange() );
    }
 }
 
@@ -215,22 +334,33 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    const VlanRangeXlateMapping vidRange = storedRange;
    ZEL_TRACE( trace, kArguments, __LINE__, "deleteVlanFromRange", " intfId: ", intfId,
               " vlanId: ", vid, " vidRange: ", vidRange );
-   const auto vlanRangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
+   EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
    const bool isOnly = vidRange.lowVid() == vidRange.highVid();
    const bool isFirst = vid == vidRange.lowVid();
    const bool isLast = vid == vidRange.highVid();
    // Not checked yet: an id without a neighbour is refused where the neighbour is stored.
    const VlanId vidBelow = VlanId::fromRaw( static_cast< std::uint16_t >( vid.value() - 1 ) );
    const VlanId vidAbove = VlanId::fromRaw( static_cast< std::uint16_t >( vid.value() + 1 ) );
-   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > below;
-   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > above;
-   Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > startAbove;
-   if ( !isOnly && !isFirst ) {
-      below = newRangeElement( *vlanRangeEntry, vidRange.lowVid(), vidBelow, vidRange.mapping() );
+   const VlanRangeXlateMapping rangeBelow( vidRange.lowVid(), vidBelow, vidRange.mapping() );
+   const VlanRangeXlateMapping rangeAbove( vidAbove, vidRange.highVid(), vidRange.mapping() );
+   const bool keepsBelow = !isOnly && !isFirst;
+   const bool keepsAbove = !isOnly && ( isFirst || !isLast ) && vid.value() < VlanId::kHighest;
+   const auto deletedRange = vlanRangeEntry->vlanIdRange().findNode( vidRange.lowVid() );
+   if ( isLast && keepsBelow && isVlanId( vidBelow ) && isReplaceable( deletedRange ) ) {
+      vlanRangeEntry->vlanIdRangeReplace( *deletedRange, rangeBelow );
+      return;
    }
-   if ( !isOnly && ( isFirst || !isLast ) && vid.value() < VlanId::kHighest ) {
-      above = newRangeElement( *vlanRangeEntry, vidAbove, vidRange.highVid(), vidRange.mapping() );
-      startAbove = newStartElement( *vlanRangeEntry, vidAbove );
+   Zel::Ptr< RangeElement > below;
+   Zel::Ptr< RangeElement > above;
+   Zel::Ptr< StartElement > startAbove;
+   if ( keepsBelow ) {
+      below = rangeElement( vlanRangeEntry, vidRange.lowVid(), deletedRange );
+   }
+   if ( keepsAbove ) {
+      const auto deletedStart =
+         isFirst ? vlanRangeEntry->revSortedStartVid().findNode( vid.value() ) : nullptr;
+      above = rangeElement( vlanRangeEntry, vidAbove, keepsBelow ? nullptr : deletedRange );
+      startAbove = startElement( vlanRangeEntry, vidAbove, deletedStart );
    }
    ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( vidRange.lowVid() ) );
    if ( isOnly ) {
@@ -240,20 +370,20 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove lowVid from Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
       requireVlanId( vidAbove );
-      vlanRangeEntry->vlanIdRangeIs( above );
-      vlanRangeEntry->revSortedStartVidIs( startAbove );
+      insertRange( vlanRangeEntry, above, rangeAbove );
+      insertStart( vlanRangeEntry, startAbove, vidAbove );
    } else if ( isLast ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove highVid from Range " );
       requireVlanId( vidBelow );
-      vlanRangeEntry->vlanIdRangeIs( below );
+      insertRange( vlanRangeEntry, below, rangeBelow );
    } else {
       // One "t" and two blanks are kept on purpose: this text is matched, too.
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " spliting  Range " );
       requireVlanId( vidBelow );
-      vlanRangeEntry->vlanIdRangeIs( below );
+      insertRange( vlanRangeEntry, below, rangeBelow );
       requireVlanId( vidAbove );
-      vlanRangeEntry->vlanIdRangeIs( above );
-      vlanRangeEntry->revSortedStartVidIs( startAbove );
+      insertRange( vlanRangeEntry, above, rangeAbove );
+      insertStart( vlanRangeEntry, startAbove, vidAbove );
    }
 }
 

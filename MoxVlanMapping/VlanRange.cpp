@@ -47,12 +47,6 @@ operator<<( std::ostream& out, const VlanRangeXlateMapping& range ) {
    return out << valueToStrep( range );
 }
 
-ReverseStartIdVlanId::ReverseStartIdVlanId( std::uint16_t value ) : value_( value ) {
-   if ( value > Bridging::VlanId::kHighest ) {
-      Zel::throwRangeException( "MoxVlanMapping::ReverseStartIdVlanId::value > 4094 not allowed" );
-   }
-}
-
 ReverseStartIdVlanId::ReverseStartIdVlanId( Zel::StringIterator& current, Zel::StringIterator end )
     : ReverseStartIdVlanId( Zel::parseAttribute< std::uint16_t >( current, end, "value" ) ) {}
 

@@ -10,6 +10,7 @@
 
 #include "Bridging/VlanId.h"
 #include "Bridging/VlanXlateMapping.h"
+#include "Zel/Exception.h"
 #include "Zel/Export.h"
 #include "Zel/Hash.h"
 #include "Zel/String.h"
@@ -80,7 +81,12 @@ class ZEL_EXPORT ReverseStartIdVlanId {
    constexpr ReverseStartIdVlanId() = default;
    /// Not explicit: a VLAN id's number is a start wherever one is asked for. Throws
    /// Zel::RangeException "MoxVlanMapping::ReverseStartIdVlanId::value > 4094 not allowed".
-   ReverseStartIdVlanId( std::uint16_t value );
+   constexpr ReverseStartIdVlanId( std::uint16_t value ) : value_( value ) {
+      if ( value > Bridging::VlanId::kHighest ) [[unlikely]] {
+         Zel::throwRangeException(
+            "MoxVlanMapping::ReverseStartIdVlanId::value > 4094 not allowed" );
+      }
+   }
    /// Parses a bare number; checked as above.
    ReverseStartIdVlanId( Zel::StringIterator& current, Zel::StringIterator end );
 

@@ -33,11 +33,16 @@ VlanRangeEntry::vlanIdRangeIs( const VlanRangeXlateMapping& range ) {
 
 void
 VlanRangeEntry::vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element ) {
-   if ( ZelVlanIdRange* node = vlanIdRange_.findNode( element->key() ) ) {
-      node->valueIs( element->value() );
-   } else {
-      vlanIdRange_.insert( element );
+   ZelVlanIdRange& stored = vlanIdRange_.insertOrFind( element );
+   if ( &stored != element.get() ) {
+      stored.valueIs( element->value() );
    }
+}
+
+void
+VlanRangeEntry::vlanIdRangeReplace( ZelVlanIdRange& element, const VlanRangeXlateMapping& range ) {
+   element.valueIs( range );
+   vlanIdRange_.replaced();
 }
 
 VlanRangeXlateMapping
@@ -69,10 +74,9 @@ VlanRangeEntry::revSortedStartVidIs( ReverseStartIdVlanId start, bool value ) {
 
 void
 VlanRangeEntry::revSortedStartVidIs( const Zel::Ptr< ZelRevSortedStartVid >& element ) {
-   if ( ZelRevSortedStartVid* node = revSortedStartVid_.findNode( element->key() ) ) {
-      node->valueIs( element->value() );
-   } else {
-      revSortedStartVid_.insert( element );
+   ZelRevSortedStartVid& stored = revSortedStartVid_.insertOrFind( element );
+   if ( &stored != element.get() ) {
+      stored.valueIs( element->value() );
    }
 }
 

@@ -38,7 +38,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
 
       Bridging::VlanId key() const { return value_.lowVid(); }
       const VlanRangeXlateMapping& value() const { return value_; }
-      /// Requires: the same lowVid.
+      /// Requires: the same lowVid while it stands in its map.
       void valueIs( const VlanRangeXlateMapping& value ) { value_ = value; }
 
     protected:
@@ -55,6 +55,8 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
          "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
 
       ReverseStartIdVlanId key() const { return key_; }
+      /// Requires: it stands in no map.
+      void keyIs( ReverseStartIdVlanId key ) { key_ = key; }
       bool value() const { return value_; }
       void valueIs( bool value ) { value_ = value; }
 
@@ -62,7 +64,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
       ZelRevSortedStartVid( ReverseStartIdVlanId key, bool value ) : key_( key ), value_( value ) {}
 
     private:
-      const ReverseStartIdVlanId key_;
+      ReverseStartIdVlanId key_;
       bool value_;
    };
 
@@ -79,6 +81,9 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    /// The same with an element made beforehand. Cannot fail for want of memory behind
    /// vlanIdRangeReserve() of its key.
    void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
+   /// As deleting the element's range and inserting `range`, in place. Requires: `element` stands
+   /// here, nobody else holds it, and `range` has its lowVid.
+   void vlanIdRangeReplace( ZelVlanIdRange& element, const VlanRangeXlateMapping& range );
    /// Makes room for one range; holds until another is inserted.
    void vlanIdRangeReserve( Bridging::VlanId lowVid ) { vlanIdRange_.reserve( lowVid ); }
    /// Returns the removed range; the default range when there was none.

@@ -10,12 +10,6 @@
 
 namespace Bridging {
 
-VlanId::VlanId( std::uint32_t number ) : value_( static_cast< std::uint16_t >( number ) ) {
-   if ( number < kLowest || number > kHighest ) {
-      Zel::throwRangeException( "Bridging::VlanId::value < 1 or > 4094 not allowed" );
-   }
-}
-
 VlanId::VlanId( Zel::StringIterator& current, Zel::StringIterator end )
     : VlanId( Zel::parseNumber< std::uint16_t >( current, end ) ) {}
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <iosfwd>
 
+#include "Zel/Exception.h"
 #include "Zel/Export.h"
 #include "Zel/Hash.h"
 #include "Zel/String.h"
@@ -25,7 +26,12 @@ class ZEL_EXPORT VlanId {
 
    constexpr VlanId() = default;
    /// Throws Zel::RangeException "Bridging::VlanId::value < 1 or > 4094 not allowed".
-   explicit VlanId( std::uint32_t number );
+   explicit constexpr VlanId( std::uint32_t number )
+       : value_( static_cast< std::uint16_t >( number ) ) {
+      if ( number < kLowest || number > kHighest ) [[unlikely]] {
+         Zel::throwRangeException( "Bridging::VlanId::value < 1 or > 4094 not allowed" );
+      }
+   }
    /// Parses a bare number; checked as above.
    VlanId( Zel::StringIterator& current, Zel::StringIterator end );
    static constexpr VlanId fromRaw( std::uint16_t bits ) {

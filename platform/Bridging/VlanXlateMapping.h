@@ -13,6 +13,7 @@
 // All bits zero is the empty mapping. Numbers are kept unchecked; vlanId() checks when asked.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <iosfwd>
 
@@ -50,10 +51,9 @@ class ZEL_EXPORT VlanXlateMapping {
    constexpr std::uint8_t priority() const { return priority_; }
    constexpr std::uint8_t dropEligible() const { return dropEligible_; }
 
+   /// All fields, at once.
    constexpr bool operator==( VlanXlateMapping other ) const {
-      return rawVlanId_ == other.rawVlanId_ && rawInnerVlanId_ == other.rawInnerVlanId_ &&
-             tpid_ == other.tpid_ && priority_ == other.priority_ &&
-             dropEligible_ == other.dropEligible_;
+      return std::bit_cast< std::uint64_t >( *this ) == std::bit_cast< std::uint64_t >( other );
    }
    std::uint32_t hash( std::uint32_t seed ) const;
 

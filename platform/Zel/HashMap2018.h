@@ -75,10 +75,13 @@ class HashMap2018 {
 
    /// The node of `key`, or null. No reference is taken: not to be kept across a change.
    Node* findNode( const Key& key ) const {
+      if ( lastFound_ && lastFound_->key() == key ) {
+         return lastFound_;
+      }
       const std::uint32_t hash = zelHash( key, table_.seed() );
       for ( HashNode* node = table_.bucket( hash ); node; node = HashTable::bucketNext( *node ) ) {
          if ( node->zelStoredHash() == hash && typed( node )->key() == key ) {
-            return typed( node );
+            return lastFound_ = typed( node );
          }
       }
       return nullptr;
@@ -96,6 +99,7 @@ class HashMap2018 {
 
    /// Takes a stored node out.
    Ptr< Node > unlink( const Node& node ) {
+      lastFound_ = nullptr;
       return { typed( table_.unlink( const_cast< Node& >( node ) ).release() ), adoptReference };
    }
    /// Takes the node of `key` out; null when there is none.
@@ -109,7 +113,10 @@ class HashMap2018 {
       ZEL_ASSERT( at.walks( *this ) );
       return at && at->linked() ? unlink( *at ) : nullptr;
    }
-   void deleteAll() { table_.clear(); }
+   void deleteAll() {
+      lastFound_ = nullptr;
+      table_.clear();
+   }
 
    /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
    Node* next( const Node& node ) const { return typed( table_.next( node ) ); }
@@ -130,6 +137,8 @@ class HashMap2018 {
    static const Node* typed( const HashNode* node ) { return static_cast< const Node* >( node ); }
 
    HashTable table_;
+   // Look-ups come in runs of one key.
+   mutable Node* lastFound_ = nullptr;
 };
 
 }   // namespace Zel

@@ -4,10 +4,9 @@
 #include "Zel/KeyIndex.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <functional>
 #include <new>
+#include <span>
 #include <utility>
 
 #include "Zel/Assert.h"
@@ -17,29 +16,7 @@ namespace {
 
 constexpr char zelSourceTag[] = "Zel/KeyIndex";
 
-constexpr unsigned kSlots = 64;
-
-// The first set bit at or behind `from`, which may be kSlots; kSlots when there is none.
-unsigned
-bitFrom( std::uint64_t bits, unsigned from ) {
-   const std::uint64_t rest = from < kSlots ? bits >> from : 0;
-   return rest != 0 ? from + static_cast< unsigned >( std::countr_zero( rest ) ) : kSlots;
-}
-
-constexpr std::uint64_t
-bit( unsigned slot ) {
-   return std::uint64_t{ 1 } << slot;
-}
-
-// One page: which of its slots lead to a node, and where to. A page above may be allocated though
-// its bit is clear.
-template < class Slot >
-struct Page {
-   std::uint64_t used = 0;
-   std::array< Slot, kSlots > slots{};
-};
-using Leaf = Page< SmallKeyNode* >;
-using Middle = Page< std::unique_ptr< Leaf > >;
+constexpr std::uint32_t kFirstFew = 4;
 
 }   // namespace
 
@@ -47,178 +24,48 @@ SmallKeyNode::~SmallKeyNode() {
    ZEL_ASSERT( !linked() );
 }
 
-std::size_t
-KeyIndex::Few::notBelow( std::uint32_t place ) const {
-   // Steps by a mask, for no branch predictor knows the way down.
-   const Place* at = places.data();
-   std::size_t rest = places.size();
-   while ( rest > 1 ) {
-      const std::size_t half = rest / 2;
-      at += half & ( std::size_t{ 0 } - std::size_t{ at[ half - 1 ] < place } );
-      rest -= half;
-   }
-   const auto index = static_cast< std::size_t >( at - places.data() );
-   return rest == 1 && *at < place ? index + 1 : index;
-}
-
-SmallKeyNode*
-KeyIndex::Few::find( Place place ) const {
-   const std::size_t index = notBelow( place );
-   return index < places.size() && places[ index ] == place ? nodes[ index ] : nullptr;
+void
+KeyIndex::Few::roomIs( std::uint32_t nodesInAll ) {
+   auto widerPlaces = std::make_unique_for_overwrite< Place[] >( nodesInAll );
+   auto widerNodes = std::make_unique_for_overwrite< SmallKeyNode*[] >( nodesInAll );
+   std::copy_n( places.get(), size, widerPlaces.get() );
+   std::copy_n( nodes.get(), size, widerNodes.get() );
+   places = std::move( widerPlaces );
+   nodes = std::move( widerNodes );
+   room = nodesInAll;
 }
 
 void
-KeyIndex::Few::reserve( std::size_t nodesInAll ) {
-   if ( nodesInAll > places.capacity() || nodesInAll > nodes.capacity() ) {
-      const std::size_t wider =
-         std::max( nodesInAll, std::min< std::size_t >( 2 * nodes.size(), kMostFew ) );
-      places.reserve( wider );
-      nodes.reserve( wider );
-   }
+KeyIndex::Few::grow() {
+   roomIs( std::clamp( 2 * room, kFirstFew, kMostFew ) );
 }
 
 void
-KeyIndex::Few::insert( Place place, SmallKeyNode* node ) {
-   const auto index = static_cast< std::ptrdiff_t >( notBelow( place ) );
-   places.insert( places.begin() + index, place );
-   nodes.insert( nodes.begin() + index, node );
+KeyIndex::Few::insertAt( std::size_t index, Place place, SmallKeyNode* node ) {
+   if ( index < size ) {
+      std::copy_backward( &places[ index ], &places[ size ], &places[ size + 1 ] );
+      std::copy_backward( &nodes[ index ], &nodes[ size ], &nodes[ size + 1 ] );
+   }
+   places[ index ] = place;
+   nodes[ index ] = node;
+   ++size;
 }
 
 SmallKeyNode*
-KeyIndex::Few::remove( Place place ) {
-   const auto index = static_cast< std::ptrdiff_t >( notBelow( place ) );
-   SmallKeyNode* const node = nodes[ static_cast< std::size_t >( index ) ];
-   places.erase( places.begin() + index );
-   nodes.erase( nodes.begin() + index );
+KeyIndex::Few::takeAt( std::size_t index ) {
+   SmallKeyNode* const node = nodes[ index ];
+   --size;
+   if ( index < size ) {
+      std::copy( &places[ index + 1 ], &places[ size + 1 ], &places[ index ] );
+      std::copy( &nodes[ index + 1 ], &nodes[ size + 1 ], &nodes[ index ] );
+   }
    return node;
-}
-
-// 16 bits of a place: 4 for the root's slot, 6 for the middle page's, 6 for the leaf's.
-struct KeyIndex::Trie {
-   Page< std::unique_ptr< Middle > > root;
-
-   static unsigned rootSlot( std::uint32_t place ) { return place >> 12; }
-   static unsigned middleSlot( std::uint32_t place ) { return place >> 6 & ( kSlots - 1 ); }
-   static unsigned leafSlot( std::uint32_t place ) { return place & ( kSlots - 1 ); }
-
-   Middle* middle( std::uint32_t place ) const { return root.slots[ rootSlot( place ) ].get(); }
-   Leaf* leaf( std::uint32_t place ) const {
-      const Middle* above = middle( place );
-      return above ? above->slots[ middleSlot( place ) ].get() : nullptr;
-   }
-
-   SmallKeyNode* find( Place place ) const {
-      const Leaf* page = leaf( place );
-      return page ? page->slots[ leafSlot( place ) ] : nullptr;
-   }
-
-   SmallKeyNode* findOrNext( std::uint32_t place ) const {
-      if ( const Leaf* page = leaf( place ) ) {
-         if ( const unsigned slot = bitFrom( page->used, leafSlot( place ) ); slot < kSlots ) {
-            return page->slots[ slot ];
-         }
-      }
-      if ( const Middle* page = middle( place ) ) {
-         const unsigned slot = bitFrom( page->used, middleSlot( place ) + 1 );
-         if ( slot < kSlots ) {
-            return first( *page->slots[ slot ] );
-         }
-      }
-      const unsigned slot = bitFrom( root.used, rootSlot( place ) + 1 );
-      return slot < kSlots ? first( *root.slots[ slot ] ) : nullptr;
-   }
-
-   void reserve( Place place ) {
-      std::unique_ptr< Middle >& above = root.slots[ rootSlot( place ) ];
-      if ( !above ) {
-         above = std::make_unique< Middle >();
-      }
-      std::unique_ptr< Leaf >& page = above->slots[ middleSlot( place ) ];
-      if ( !page ) {
-         page = std::make_unique< Leaf >();
-      }
-   }
-
-   void insert( Place place, SmallKeyNode* node ) {
-      Leaf& page = *leaf( place );
-      page.slots[ leafSlot( place ) ] = node;
-      page.used |= bit( leafSlot( place ) );
-      middle( place )->used |= bit( middleSlot( place ) );
-      root.used |= bit( rootSlot( place ) );
-   }
-
-   SmallKeyNode* remove( Place place ) {
-      Leaf& page = *leaf( place );
-      page.used &= ~bit( leafSlot( place ) );
-      if ( page.used == 0 ) {
-         Middle& above = *middle( place );
-         above.used &= ~bit( middleSlot( place ) );
-         if ( above.used == 0 ) {
-            root.used &= ~bit( rootSlot( place ) );
-         }
-      }
-      return std::exchange( page.slots[ leafSlot( place ) ], nullptr );
-   }
-
-   /// Calls `visit` with each place and its node, in order.
-   template < class Visit >
-   void each( const Visit& visit ) const {
-      for ( unsigned r = bitFrom( root.used, 0 ); r < kSlots; r = bitFrom( root.used, r + 1 ) ) {
-         const Middle& above = *root.slots[ r ];
-         for ( unsigned m = bitFrom( above.used, 0 ); m < kSlots;
-               m = bitFrom( above.used, m + 1 ) ) {
-            const Leaf& page = *above.slots[ m ];
-            for ( unsigned l = bitFrom( page.used, 0 ); l < kSlots;
-                  l = bitFrom( page.used, l + 1 ) ) {
-               visit( static_cast< Place >( r << 12 | m << 6 | l ), page.slots[ l ] );
-            }
-         }
-      }
-   }
-
- private:
-   static SmallKeyNode* first( const Leaf& page ) { return page.slots[ bitFrom( page.used, 0 ) ]; }
-   static SmallKeyNode* first( const Middle& page ) {
-      return first( *page.slots[ bitFrom( page.used, 0 ) ] );
-   }
-};
-
-KeyIndex::KeyIndex() = default;
-
-KeyIndex::~KeyIndex() {
-   clear();
-}
-
-SmallKeyNode*
-KeyIndex::find( Place place ) const {
-   return trie_ ? trie_->find( place ) : few_.find( place );
-}
-
-SmallKeyNode*
-KeyIndex::findOrNext( std::uint32_t place ) const {
-   if ( trie_ ) {
-      return place <= kGreatest ? trie_->findOrNext( place ) : nullptr;
-   }
-   const std::size_t index = few_.notBelow( place );
-   return index < few_.nodes.size() ? few_.nodes[ index ] : nullptr;
-}
-
-void
-KeyIndex::reserve( Place place ) {
-   if ( !trie_ ) {
-      if ( size_ < kMostFew ) {
-         few_.reserve( size_ + 1 );
-         return;
-      }
-      toTrie();
-   }
-   trie_->reserve( place );
 }
 
 void
 KeyIndex::toTrie() {
    auto trie = std::make_unique< Trie >();
-   for ( std::size_t i = 0; i < few_.places.size(); ++i ) {
+   for ( std::uint32_t i = 0; i < few_.size; ++i ) {
       trie->reserve( few_.places[ i ] );
       trie->insert( few_.places[ i ], few_.nodes[ i ] );
    }
@@ -230,37 +77,56 @@ KeyIndex::toTrie() {
 void
 KeyIndex::toFew() noexcept {
    try {
-      few_.reserve( kMostFew );
+      few_.roomIs( kMostFew );
    } catch ( const std::bad_alloc& ) {
-      few_ = {};
       return;
    }
-   trie_->each( [ this ]( Place place, SmallKeyNode* node ) {
-      few_.places.push_back( place );
-      few_.nodes.push_back( node );
-   } );
+   trie_->each(
+      [ this ]( Place place, SmallKeyNode* node ) { few_.insertAt( few_.size, place, node ); } );
    trie_.reset();
 }
 
-void
-KeyIndex::insert( Place place, Ptr< SmallKeyNode > node ) {
-   ZEL_ASSERT( !node->linked() && !find( place ) );
-   reserve( place );
-   SmallKeyNode* const linked = node.release();
-   if ( trie_ ) {
-      trie_->insert( place, linked );
-   } else {
-      few_.insert( place, linked );
+SmallKeyNode&
+KeyIndex::insertOrFind( Place place, SmallKeyNode& node ) {
+   ZEL_ASSERT( !node.linked() );
+   if ( !trie_ && size_ == kMostFew ) {
+      if ( SmallKeyNode* stored = few_.find( place ) ) {
+         return *stored;
+      }
+      toTrie();
    }
-   linked->word_.flagIs( ReferenceWord::kLinked, true );
+   if ( trie_ ) {
+      if ( SmallKeyNode* stored = trie_->reserve( place ) ) {
+         return *stored;
+      }
+      trie_->insert( place, &node );
+   } else {
+      const std::size_t index = few_.notBelow( place );
+      if ( index < few_.size && few_.places[ index ] == place ) {
+         return *few_.nodes[ index ];
+      }
+      reserve( place );
+      few_.insertAt( index, place, &node );
+   }
+   node.zelReferenceInc();
+   node.word_.flagIs( ReferenceWord::kLinked, true );
    ++size_;
    ++changes_;
+   return node;
 }
 
 Ptr< SmallKeyNode >
-KeyIndex::unlink( Place place ) {
-   ZEL_ASSERT( find( place ) );
-   SmallKeyNode* const node = trie_ ? trie_->remove( place ) : few_.remove( place );
+KeyIndex::take( Place place ) {
+   SmallKeyNode* node = nullptr;
+   if ( trie_ ) {
+      node = trie_->take( place );
+   } else if ( const std::size_t index = few_.notBelow( place );
+               index < few_.size && few_.places[ index ] == place ) {
+      node = few_.takeAt( index );
+   }
+   if ( !node ) {
+      return nullptr;
+   }
    node->word_.flagIs( ReferenceWord::kLinked, false );
    --size_;
    ++changes_;
@@ -280,7 +146,7 @@ KeyIndex::clear() {
       node->word_.flagIs( ReferenceWord::kLinked, false );
       const Ptr< SmallKeyNode > gone( node, adoptReference );
    };
-   std::ranges::for_each( few.nodes, release );
+   std::for_each_n( few.nodes.get(), few.size, release );
    if ( trie ) {
       trie->each( [ & ]( Place, SmallKeyNode* node ) { release( node ); } );
    }
@@ -288,10 +154,10 @@ KeyIndex::clear() {
 
 void
 KeyIndex::verify( std::int32_t extraReferences ) const {
-   ZEL_ASSERT( !trie_ || few_.nodes.empty() );
-   ZEL_ASSERT( few_.places.size() == few_.nodes.size() && few_.nodes.size() <= kMostFew );
-   ZEL_ASSERT( std::ranges::adjacent_find( few_.places, std::ranges::greater_equal() ) ==
-               few_.places.end() );
+   ZEL_ASSERT( !trie_ || few_.size == 0 );
+   ZEL_ASSERT( few_.size <= few_.room && few_.room <= kMostFew );
+   const std::span places( few_.places.get(), few_.size );
+   ZEL_ASSERT( std::ranges::adjacent_find( places, std::ranges::greater_equal() ) == places.end() );
    std::uint32_t nodes = 0;
    std::int32_t references = 0;
    const auto count = [ & ]( const SmallKeyNode* node ) {
@@ -299,7 +165,7 @@ KeyIndex::verify( std::int32_t extraReferences ) const {
       ++nodes;
       references += node->zelReferences();
    };
-   std::ranges::for_each( few_.nodes, count );
+   std::for_each_n( few_.nodes.get(), few_.size, count );
    if ( trie_ ) {
       trie_->each( [ & ]( Place place, const SmallKeyNode* node ) {
          ZEL_ASSERT( trie_->find( place ) == node );

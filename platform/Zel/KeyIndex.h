@@ -4,22 +4,21 @@
 // KeyIndex: nodes in order of 16-bit places; the inside of a SmallKeyMap.
 //
 // Shape      Up to kMostFew nodes stand in a sorted array, found by halving it. More stand in a trie
-//            of three levels; a page has 64 slots and a bit for each, so that the next node is found
-//            by counting zeros.
+//            (Zel/KeyTrie.h).
 // Ownership  Holds one reference to each stored node.
-// Memory     10 bytes a node in the array, which doubles. A page of 520 bytes for each 64 places
-//            of which one was used; pages go back when kMostFew / 2 nodes are left.
+// Memory     10 bytes a node in the array, which doubles; the trie's pages go back when
+//            kMostFew / 2 nodes are left.
 // Cost       All O(1), counting the at most kMostFew moves in the array as such.
-// Throws     std::bad_alloc from reserve() and insert(), with nothing changed.
+// Throws     std::bad_alloc from reserve() and insertOrFind(), with nothing changed.
 // Threads    One thread, no locks.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "Zel/Export.h"
+#include "Zel/KeyTrie.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
 
@@ -46,8 +45,8 @@ class ZEL_EXPORT KeyIndex {
    static constexpr std::uint32_t kMostFew = 64;
    static constexpr Place kGreatest = 0xffff;
 
-   KeyIndex();
-   ~KeyIndex();
+   KeyIndex() = default;
+   ~KeyIndex() { clear(); }
    KeyIndex( const KeyIndex& ) = delete;
    KeyIndex& operator=( const KeyIndex& ) = delete;
 
@@ -56,19 +55,39 @@ class ZEL_EXPORT KeyIndex {
    std::uint32_t changes() const { return changes_; }
 
    /// The node at `place`, or null.
-   SmallKeyNode* find( Place place ) const;
+   SmallKeyNode* find( Place place ) const {
+      return trie_ ? trie_->find( place ) : few_.find( place );
+   }
    /// The first node at or behind `place`; null when there is none. `place` may be one past the
    /// greatest.
-   SmallKeyNode* findOrNext( std::uint32_t place ) const;
+   SmallKeyNode* findOrNext( std::uint32_t place ) const {
+      if ( trie_ ) {
+         return place <= kGreatest ? trie_->findOrNext( place ) : nullptr;
+      }
+      const std::size_t index = few_.notBelow( place );
+      return index < few_.size ? few_.nodes[ index ] : nullptr;
+   }
 
-   /// Makes room for a node at `place`: its insertion does not throw if nothing but the unlinking
-   /// of others lies between.
-   void reserve( Place place );
-   /// Requires: no node at `place` (asserted).
-   void insert( Place place, Ptr< SmallKeyNode > node );
-   /// Requires: a node at `place` (asserted).
-   Ptr< SmallKeyNode > unlink( Place place );
+   /// Makes room for a node at `place` beside as many as stand here now; deletions that lie
+   /// between do not matter.
+   void reserve( Place place ) {
+      if ( !trie_ && size_ == kMostFew ) {
+         toTrie();
+      }
+      if ( trie_ ) {
+         trie_->reserve( place );
+      } else if ( few_.size == few_.room ) {
+         few_.grow();
+      }
+   }
+   /// Inserts `node` unless another stands at `place`; returns the one that stands there then.
+   /// Requires: `node` stands in no map (asserted).
+   SmallKeyNode& insertOrFind( Place place, SmallKeyNode& node );
+   /// Takes out the node at `place`; null when there is none.
+   Ptr< SmallKeyNode > take( Place place );
    void clear();
+   /// A node was taken out and inserted again where it stood.
+   void replaced() { changes_ += 2; }
 
    /// For tests: asserts the order of the array, the bits of the pages, the size, and that each
    /// node has exactly one reference but for the `extraReferences` that iterators hold in total.
@@ -77,18 +96,36 @@ class ZEL_EXPORT KeyIndex {
  private:
    // The array: places and nodes side by side, so that a search reads the places alone.
    struct Few {
-      std::vector< Place > places;
-      std::vector< SmallKeyNode* > nodes;
+      std::unique_ptr< Place[] > places;
+      std::unique_ptr< SmallKeyNode*[] > nodes;
+      std::uint32_t size = 0;
+      std::uint32_t room = 0;
 
       /// Index of the first place that is not below `place`.
-      std::size_t notBelow( std::uint32_t place ) const;
-      SmallKeyNode* find( Place place ) const;
-      void reserve( std::size_t nodesInAll );
-      void insert( Place place, SmallKeyNode* node );
-      SmallKeyNode* remove( Place place );
+      std::size_t notBelow( std::uint32_t place ) const {
+         // Steps by a mask, for no branch predictor knows the way down.
+         const Place* at = places.get();
+         std::size_t rest = size;
+         while ( rest > 1 ) {
+            const std::size_t half = rest / 2;
+            at += half & ( std::size_t{ 0 } - std::size_t{ at[ half - 1 ] < place } );
+            rest -= half;
+         }
+         const auto index = static_cast< std::size_t >( at - places.get() );
+         return rest == 1 && *at < place ? index + 1 : index;
+      }
+      SmallKeyNode* find( Place place ) const {
+         const std::size_t index = notBelow( place );
+         return index < size && places[ index ] == place ? nodes[ index ] : nullptr;
+      }
+      void grow();
+      /// Requires: `nodesInAll` is more than there is room for.
+      void roomIs( std::uint32_t nodesInAll );
+      /// Requires: room for one more.
+      void insertAt( std::size_t index, Place place, SmallKeyNode* node );
+      SmallKeyNode* takeAt( std::size_t index );
    };
-   // The trie's root; every page below belongs to the one above it.
-   struct Trie;
+   using Trie = KeyTrie< SmallKeyNode >;
 
    void toTrie();
    void toFew() noexcept;

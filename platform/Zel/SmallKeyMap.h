@@ -8,7 +8,7 @@
 //            others have the same.
 // Ownership  The map holds one reference to each node that stands in it, an iterator one to its
 //            own. A node that is taken out lives on while somebody holds it.
-// Cost       O(1): find, insert, unlink, advance (Zel/KeyIndex.h).
+// Cost       O(1): find, insert, delete, advance (Zel/KeyIndex.h).
 // Iterators  Usable after any change, their own element's deletion included (StdIterator.h).
 // Throws     std::bad_alloc from reserve() and insert(), with nothing changed.
 // Asserts    insert of a key that is stored.
@@ -52,28 +52,30 @@ class SmallKeyMap {
    }
    Iterator findElementOrNext( const Key& key ) const { return { *this, findNodeOrNext( key ) }; }
 
-   /// Makes room for `key`: its insertion does not throw if nothing but deletions lies between.
+   /// Makes room for `key` beside as many elements as there are now: its insertion does not throw
+   /// then. Deletions that lie between do not matter.
    void reserve( const Key& key ) { index_.reserve( zelPlace( key ) ); }
    /// Requires: no element equals the node's key (asserted).
-   void insert( Ptr< Node > node ) {
-      const auto place = zelPlace( node->key() );
-      index_.insert( place, std::move( node ) );
+   void insert( const Ptr< Node >& node ) {
+      [[maybe_unused]] const Node& stored = insertOrFind( node );
+      ZEL_ASSERT( &stored == node.get() );
+   }
+   /// Inserts the node unless an element equals its key; returns the one that stands there then.
+   Node& insertOrFind( const Ptr< Node >& node ) {
+      return static_cast< Node& >( index_.insertOrFind( zelPlace( node->key() ), *node ) );
    }
 
-   /// Takes a stored node out.
-   Ptr< Node > unlink( const Node& node ) {
-      return { typed( index_.unlink( zelPlace( node.key() ) ).release() ), adoptReference };
-   }
+   /// Counts as taking a stored element out and inserting it again where it stood.
+   void replaced() { index_.replaced(); }
    /// Takes the element that equals `key` out; null when there is none.
    Ptr< Node > del( const Key& key ) {
-      const Node* node = findNode( key );
-      return node ? unlink( *node ) : nullptr;
+      return { typed( index_.take( zelPlace( key ) ).release() ), adoptReference };
    }
    /// Takes the iterator's element out; null at the end or when it is gone already. Requires: the
    /// iterator walks this collection (asserted).
    Ptr< Node > del( const Iterator& at ) {
       ZEL_ASSERT( at.walks( *this ) );
-      return at && at->linked() ? unlink( *at ) : nullptr;
+      return at && at->linked() ? del( at->key() ) : nullptr;
    }
    void deleteAll() { index_.clear(); }
 

@@ -42,6 +42,9 @@ class ZEL_EXPORT TraceHandle {
              enabledForSure( level );
    }
 
+   /// Whether any level is enabled: whether somebody reads along.
+   bool anyEnabled() { return mask_.load( std::memory_order_relaxed ) != 0 && mask() != 0; }
+
    /// Bit n enables level n.
    std::uint32_t mask();
    void maskIs( std::uint32_t mask );

@@ -198,15 +198,17 @@ TEST_F( SmallKeyMapTest, DeletionNeedsNoMemory ) {
 TEST_F( SmallKeyMapDeathTest, InsertionOfAStoredKeyAborts ) {
    ascending_.is( 5, 50 );
    EXPECT_DEATH( ascending_.insert( Zel::newEntity< SmallAscending::Node >( Small{ 5 }, 51 ) ),
-                 "Zel/KeyIndex:[0-9]+: .*insert.*: Assertion "
-                 "`!node->linked\\(\\) && !find\\( place \\)' failed\\." );
+                 "Zel/SmallKeyMap:[0-9]+: .*insert.*: Assertion "
+                 "`&stored == node.get\\(\\)' failed\\." );
 }
 
-TEST_F( SmallKeyMapDeathTest, UnlinkingANodeThatIsGoneAborts ) {
-   ascending_.is( 5, 50 );
-   const auto gone = ascending_.del( Small{ 5 } );
-   EXPECT_DEATH( ascending_.unlink( *gone ),
-                 "Zel/KeyIndex:[0-9]+: .*unlink.*: Assertion `find\\( place \\)' failed\\." );
+TEST_F( SmallKeyMapDeathTest, InsertionOfANodeThatStandsInAnotherMapAborts ) {
+   SmallAscending other;
+   other.is( 5, 50 );
+   const Zel::Ptr< SmallAscending::Node > stored( other.findNode( { 5 } ) );
+   EXPECT_DEATH( ascending_.insert( stored ),
+                 "Zel/KeyIndex:[0-9]+: .*insertOrFind.*: Assertion "
+                 "`!node.linked\\(\\)' failed\\." );
 }
 
 TEST_F( SmallKeyMapDeathTest, VerifyTellsAReferenceTooMany ) {
