@@ -285,10 +285,7 @@ MoxVlanRangeMappingCodef::sortVlanRangeBySize( Corvel::IntfId intfId ) {
    const Zel::Ptr< VlanRangeEntry > rangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
    const Zel::Ptr< VlanXlateScaleEntry > scaleEntry =
       vlanXlateScaleEntryDir_->vlanXlateScaleEntryIs( intfId );
-   scaleEntry->vidRangeSortedDelAll();
-   for ( const auto& element : rangeEntry->vlanIdRange() ) {
-      scaleEntry->vidRangeSortedIs( element.value(), true );
-   }
+   scaleEntry->vidRangeSortedRefill( sizeSort_.sorted( rangeEntry->vlanIdRange() ) );
 }
 
 void

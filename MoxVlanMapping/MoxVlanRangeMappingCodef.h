@@ -34,6 +34,7 @@
 
 #include "Corvel/IntfId.h"
 #include "Mox/MoxCommonSmData.h"
+#include "MoxVlanMapping/SizeSort.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
 #include "MoxVlanMapping/VlanXlateScaleEntry.h"
 #include "Quen/Task.h"
@@ -131,7 +132,7 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    void handlePortToLag( Corvel::IntfId intf );
    void zel_handleAcsd_portToLag( Corvel::IntfId intf ) { handlePortToLag( intf ); }
    /// Rebuilds the interface's vidRangeSorted from its vlanIdRange; makes both entries when they
-   /// are missing. O(n log n) in the interface's ranges.
+   /// are missing. O(n) in the interface's ranges.
    void sortVlanRangeBySize( Corvel::IntfId intfId );
    /// Sorts, then calls processSortedVlanRange().
    void processVlanRange( Corvel::IntfId intfId );
@@ -149,6 +150,7 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    Zel::Ptr< ZelVlanXlateScheduleDir > vlanXlateScheduleDir_;
    Zel::Ptr< ZelTask > task_;
    Zel::Ptr< VlanXlateScaleEntryDir > vlanXlateScaleEntryDir_;
+   SizeSort sizeSort_;
    bool initialized_ = false;
 };
 

@@ -43,6 +43,16 @@ VlanXlateScaleEntry::vidRangeSortedIs( const VlanRangeXlateMapping& range, bool 
    }
 }
 
+void
+VlanXlateScaleEntry::vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted ) {
+   vidRangeSorted_.refill(
+      sorted, [] { return Zel::newEntity< ZelVidRangeSorted >( VlanRangeXlateMapping(), true ); },
+      []( ZelVidRangeSorted& element, const VlanRangeXlateMapping& range ) {
+         element.keyIs( range );
+         element.valueIs( true );
+      } );
+}
+
 bool
 VlanXlateScaleEntry::vidRangeSortedDel( const VlanRangeXlateMapping& range ) {
    const Zel::Ptr< ZelVidRangeSorted > gone = vidRangeSorted_.del( range );

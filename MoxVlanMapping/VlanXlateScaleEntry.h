@@ -12,6 +12,8 @@
 // Threads     One thread, no locks.
 #pragma once
 
+#include <span>
+
 #include "Bridging/VlanId.h"
 #include "Corvel/IntfId.h"
 #include "MoxVlanMapping/VlanRange.h"
@@ -46,6 +48,8 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
          "MoxVlanMapping::VlanXlateScaleEntry::ZelVidRangeSorted";
 
       const VlanRangeXlateMapping& key() const { return key_; }
+      /// Requires: it stands in no map, or its map is being refilled.
+      void keyIs( const VlanRangeXlateMapping& key ) { key_ = key; }
       bool value() const { return value_; }
       void valueIs( bool value ) { value_ = value; }
 
@@ -54,7 +58,7 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
           : key_( key ), value_( value ) {}
 
     private:
-      const VlanRangeXlateMapping key_;
+      VlanRangeXlateMapping key_;
       bool value_;
    };
 
@@ -78,6 +82,9 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    /// Returns the removed range's flag; false when there was none.
    bool vidRangeSortedDel( const VlanRangeXlateMapping& range );
    bool vidRangeSortedDel( const VidRangeSortedMap::Iterator& at );
+   /// As deleting all and inserting each of `sorted` with the flag true. Requires: `sorted` is in
+   /// order, without equal ranges. O(n); std::bad_alloc leaves everything as it was.
+   void vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted );
    void vidRangeSortedDelAll() { vidRangeSorted_.deleteAll(); }
 
    Zel::TypeHandle fwkType() const override;

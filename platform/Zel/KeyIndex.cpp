@@ -165,11 +165,10 @@ KeyIndex::verify( std::int32_t extraReferences ) const {
       ++nodes;
       references += node->zelReferences();
    };
-   std::for_each_n( few_.nodes.get(), few_.size, count );
+   each( count );
    if ( trie_ ) {
-      trie_->each( [ & ]( Place place, const SmallKeyNode* node ) {
+      trie_->each( [ this ]( Place place, const SmallKeyNode* node ) {
          ZEL_ASSERT( trie_->find( place ) == node );
-         count( node );
       } );
    }
    ZEL_ASSERT( nodes == size_ );

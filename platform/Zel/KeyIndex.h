@@ -13,6 +13,7 @@
 // Threads    One thread, no locks.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -88,6 +89,15 @@ class ZEL_EXPORT KeyIndex {
    void clear();
    /// A node was taken out and inserted again where it stood.
    void replaced() { changes_ += 2; }
+
+   /// Calls `visit` with each node in order. Requires: `visit` does not change the index.
+   template < class Visit >
+   void each( const Visit& visit ) const {
+      std::for_each_n( few_.nodes.get(), few_.size, visit );
+      if ( trie_ ) {
+         trie_->each( [ & ]( Place, SmallKeyNode* node ) { visit( node ); } );
+      }
+   }
 
    /// For tests: asserts the order of the array, the bits of the pages, the size, and that each
    /// node has exactly one reference but for the `extraReferences` that iterators hold in total.

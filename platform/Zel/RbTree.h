@@ -51,6 +51,7 @@ class ZEL_EXPORT RbTree {
    static RbNode* left( const RbNode& node ) { return node.left_; }
    static RbNode* right( const RbNode& node ) { return node.right_; }
    RbNode* first() const;
+   RbNode* last() const;
    /// The node after a linked one; null behind the last.
    static RbNode* next( const RbNode& node );
 
@@ -65,6 +66,8 @@ class ZEL_EXPORT RbTree {
    Ptr< RbNode > unlink( RbNode& node );
    /// Takes all nodes out.
    void clear();
+   /// Adds to the count of changes what linking and unlinking did not show.
+   void changesInc( std::uint32_t more ) { changes_ += more; }
 
    /// For tests: asserts every rule of the shape, the links, the size, and that each node has
    /// exactly one reference but for the `extraReferences` that iterators hold in total.

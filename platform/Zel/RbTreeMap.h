@@ -18,8 +18,10 @@
 
 #include <cstdint>
 #include <iterator>
+#include <span>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "Zel/Assert.h"
 #include "Zel/Ptr.h"
@@ -123,6 +125,13 @@ class RbTreeMap {
    }
    void deleteAll() { tree_.clear(); }
 
+   /// As deleting every element and inserting one for each of `sorted`, but elements that nobody
+   /// else holds are used again: `make()` makes those that are missing, before anything is changed,
+   /// and `write( node, key )` turns each into the one that it becomes. Requires: `sorted` is in
+   /// order, without equal keys (asserted by verify() alone). O(n).
+   template < class Make, class Write >
+   void refill( std::span< const Key > sorted, const Make& make, const Write& write );
+
    /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
    Node* next( const Node& node ) const {
       if ( node.linked() ) {
@@ -179,10 +188,55 @@ class RbTreeMap {
       return firstThat( [ & ]( const Node& node ) { return key < node.key(); } );
    }
 
+   Node* firstHeldElsewhere() const {
+      Node* node = typed( tree_.first() );
+      while ( node && node->zelReferences() == 1 ) {
+         node = after( *node );
+      }
+      return node;
+   }
+
    struct NoArrivals {};
    RbTree tree_;
    [[no_unique_address]] std::conditional_t< HasTwins< Key >, std::uint64_t, NoArrivals >
       arrivals_{};
 };
+
+template < class NodeType >
+template < class Make, class Write >
+void
+RbTreeMap< NodeType >::refill( std::span< const Key > sorted, const Make& make,
+                               const Write& write ) {
+   const auto size = static_cast< std::uint32_t >( sorted.size() );
+   const std::uint32_t changes = tree_.changes() + tree_.size() + size;
+   std::uint32_t usable = 0;
+   for ( const Node* node = typed( tree_.first() ); node; node = after( *node ) ) {
+      usable += node->zelReferences() == 1 ? 1u : 0u;
+   }
+   std::vector< Ptr< Node > > missing;
+   for ( ; usable + missing.size() < size; ) {
+      missing.push_back( make() );
+   }
+
+   // Which node stands where does not matter yet, for every key is written below.
+   while ( const Node* held = usable < tree_.size() ? firstHeldElsewhere() : nullptr ) {
+      unlink( *held );
+   }
+   while ( tree_.size() > size ) {
+      unlink( *typed( tree_.last() ) );
+   }
+   for ( Ptr< Node >& node : missing ) {
+      tree_.linkAt( tree_.last(), RbTree::Side::Right, std::move( node ) );
+   }
+   Node* node = typed( tree_.first() );
+   for ( const Key& key : sorted ) {
+      write( *node, key );
+      if constexpr ( HasTwins< Key > ) {
+         node->zelArrival = ++arrivals_;
+      }
+      node = after( *node );
+   }
+   tree_.changesInc( changes - tree_.changes() );
+}
 
 }   // namespace Zel

@@ -79,6 +79,12 @@ class SmallKeyMap {
    }
    void deleteAll() { index_.clear(); }
 
+   /// Calls `visit` with each node in order. Requires: `visit` does not change the map.
+   template < class Visit >
+   void each( const Visit& visit ) const {
+      index_.each( [ & ]( SmallKeyNode* node ) { visit( *typed( node ) ); } );
+   }
+
    /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
    Node* next( const Node& node ) const {
       return typed( index_.findOrNext( zelPlace( node.key() ) + 1u ) );

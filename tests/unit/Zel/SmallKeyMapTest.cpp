@@ -206,9 +206,8 @@ TEST_F( SmallKeyMapDeathTest, InsertionOfANodeThatStandsInAnotherMapAborts ) {
    SmallAscending other;
    other.is( 5, 50 );
    const Zel::Ptr< SmallAscending::Node > stored( other.findNode( { 5 } ) );
-   EXPECT_DEATH( ascending_.insert( stored ),
-                 "Zel/KeyIndex:[0-9]+: .*insertOrFind.*: Assertion "
-                 "`!node.linked\\(\\)' failed\\." );
+   EXPECT_DEATH( ascending_.insert( stored ), "Zel/KeyIndex:[0-9]+: .*insertOrFind.*: Assertion "
+                                              "`!node.linked\\(\\)' failed\\." );
 }
 
 TEST_F( SmallKeyMapDeathTest, VerifyTellsAReferenceTooMany ) {

@@ -1,0 +1,33 @@
+// Copyright 2026 The MoxVlanRangeMapping Authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// SizeSort: puts an interface's ranges in order of size, largest first.
+//
+// A counting sort: ranges of up to 64 ids fall into a bucket of their size, in which they keep the
+// order of their ids. The few that are larger - an interface has no room for 64 of them - are sorted
+// by comparison.
+//
+// Cost     O(n), and O(k log k) for the k <= 63 large ones.
+// Memory   24 bytes a range, kept for the next sort.
+// Throws   std::bad_alloc.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "MoxVlanMapping/VlanRange.h"
+#include "MoxVlanMapping/VlanRangeEntry.h"
+
+namespace MoxVlanMapping {
+
+class SizeSort {
+ public:
+   /// The ranges in the order of their type's <. Valid until the next sort.
+   std::span< const VlanRangeXlateMapping > sorted( const VlanRangeEntry::VlanIdRangeMap& ranges );
+
+ private:
+   std::vector< VlanRangeXlateMapping > byId_;
+   std::vector< VlanRangeXlateMapping > bySize_;
+};
+
+}   // namespace MoxVlanMapping
