@@ -73,22 +73,27 @@ class BoundTests {
    BoundTests( EntryOf& entry, VlanId vid ) : entry_( entry ), vid_( vid ) {}
 
    bool isVidAndDot1qInUpperBoundRange( VlanXlateMapping mapping ) {
+      if ( !traced_ ) {
+         return upper() && holds( upper_->value(), mapping );
+      }
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
                  " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
-      RangeElement* element = upper();
-      if ( !element ) {
+      if ( !upper() ) {
          ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
                     " upper bound iterator empty" );
          return false;
       }
-      const VlanRangeXlateMapping range = element->value();
+      const VlanRangeXlateMapping range = upper_->value();
       // "uppper" is kept on purpose: the text is matched by those who read the traces.
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
                  " uppper bound Range: ", range );
-      return mappingMatches( mapping, range ) && isIn( range, vid_ );
+      return holds( range, mapping );
    }
 
    bool isVidAndDot1qInLowerBoundRange( VlanXlateMapping mapping ) {
+      if ( !traced_ ) {
+         return lower() && holds( lowerRange(), mapping );
+      }
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
                  " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
       if ( !lower() ) {
@@ -99,7 +104,7 @@ class BoundTests {
       const VlanRangeXlateMapping range = lowerRange();
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
                  range );
-      return mappingMatches( mapping, range ) && isIn( range, vid_ );
+      return holds( range, mapping );
    }
 
    /// The range that starts at or above the id, or null.
@@ -124,8 +129,8 @@ class BoundTests {
    /// The element of that start's range, or null. Behind lower().
    RangeElement* lowerElement() const { return lowerElement_; }
    /// That range; the default range when there is none. Behind lower().
-   VlanRangeXlateMapping lowerRange() const {
-      return lowerElement_ ? lowerElement_->value() : VlanRangeXlateMapping();
+   const VlanRangeXlateMapping& lowerRange() const {
+      return lowerElement_ ? lowerElement_->value() : kNoRange;
    }
 
    /// The tests of the id above: they find the same, but for what starts at this id.
@@ -149,6 +154,12 @@ class BoundTests {
    }
 
  private:
+   static constexpr VlanRangeXlateMapping kNoRange{};
+
+   bool holds( const VlanRangeXlateMapping& range, VlanXlateMapping mapping ) const {
+      return mappingMatches( mapping, range ) && isIn( range, vid_ );
+   }
+
    EntryOf& entry_;
    const VlanId vid_;
    const bool traced_ = trace.anyEnabled();
@@ -189,9 +200,9 @@ startElement( EntryOf& entry, VlanId insertAt, StartElement* deleted = nullptr )
 }
 
 void
-insertRange( EntryOf& entry, const Zel::Ptr< RangeElement >& element,
-             const VlanRangeXlateMapping& range ) {
-   element->valueIs( range );
+insertRange( EntryOf& entry, const Zel::Ptr< RangeElement >& element, VlanId lowVid, VlanId highVid,
+             VlanXlateMapping mapping ) {
+   element->valueIs( { lowVid, highVid, mapping } );
    entry->vlanIdRangeIs( element );
 }
 
@@ -248,7 +259,8 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
    const bool joinsLower =
       vid.value() != VlanId::kLowest && here.below().isVidAndDot1qInLowerBoundRange( mapping );
 
-   VlanRangeXlateMapping newRange( vid, vid, mapping );
+   VlanId lowVid = vid;
+   VlanId highVid = vid;
    Zel::Ptr< RangeElement > newElement;
    if ( joinsLower && joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " merge 2 ranges " );
@@ -258,8 +270,9 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto lBoundIter = here.lower();
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = here.lowerRange();
-      newRange = { lBoundRange.lowVid(), uBoundRange.highVid(), mapping };
-      newElement = rangeElement( vlanRangeEntry, newRange.lowVid(), here.lowerElement() );
+      lowVid = lBoundRange.lowVid();
+      highVid = uBoundRange.highVid();
+      newElement = rangeElement( vlanRangeEntry, lowVid, here.lowerElement() );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
@@ -268,7 +281,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto uBoundIter = here.upper();
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      newRange = { vid, uBoundRange.highVid(), mapping };
+      highVid = uBoundRange.highVid();
       newElement = rangeElement( vlanRangeEntry, vid, uBoundIter );
       const auto newStart = startElement(
          vlanRangeEntry, vid,
@@ -281,20 +294,21 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto lBoundIter = here.lower();
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = here.lowerRange();
-      newRange = { lBoundRange.lowVid(), vid, mapping };
+      lowVid = lBoundRange.lowVid();
       if ( isReplaceable( here.lowerElement() ) ) {
-         vlanRangeEntry->vlanIdRangeReplace( *here.lowerElement(), newRange );
+         vlanRangeEntry->vlanIdRangeReplace( *here.lowerElement(), vid, mapping );
          return;
       }
-      newElement = rangeElement( vlanRangeEntry, newRange.lowVid(), here.lowerElement() );
+      newElement = rangeElement( vlanRangeEntry, lowVid, here.lowerElement() );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
    } else {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
       newElement = rangeElement( vlanRangeEntry, vid );
       insertStart( vlanRangeEntry, startElement( vlanRangeEntry, vid ), vid );
    }
-   insertRange( vlanRangeEntry, newElement, newRange );
-   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " adding new Range: ", newRange );
+   insertRange( vlanRangeEntry, newElement, lowVid, highVid, mapping );
+   ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
+              " adding new Range: ", VlanRangeXlateMapping( lowVid, highVid, mapping ) );
 }
 
 // When it is traced, each test is asked again where its answer is acted upon.
@@ -341,13 +355,11 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    // Not checked yet: an id without a neighbour is refused where the neighbour is stored.
    const VlanId vidBelow = VlanId::fromRaw( static_cast< std::uint16_t >( vid.value() - 1 ) );
    const VlanId vidAbove = VlanId::fromRaw( static_cast< std::uint16_t >( vid.value() + 1 ) );
-   const VlanRangeXlateMapping rangeBelow( vidRange.lowVid(), vidBelow, vidRange.mapping() );
-   const VlanRangeXlateMapping rangeAbove( vidAbove, vidRange.highVid(), vidRange.mapping() );
    const bool keepsBelow = !isOnly && !isFirst;
    const bool keepsAbove = !isOnly && ( isFirst || !isLast ) && vid.value() < VlanId::kHighest;
    const auto deletedRange = vlanRangeEntry->vlanIdRange().findNode( vidRange.lowVid() );
    if ( isLast && keepsBelow && isVlanId( vidBelow ) && isReplaceable( deletedRange ) ) {
-      vlanRangeEntry->vlanIdRangeReplace( *deletedRange, rangeBelow );
+      vlanRangeEntry->vlanIdRangeReplace( *deletedRange, vidBelow, vidRange.mapping() );
       return;
    }
    Zel::Ptr< RangeElement > below;
@@ -370,19 +382,19 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove lowVid from Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
       requireVlanId( vidAbove );
-      insertRange( vlanRangeEntry, above, rangeAbove );
+      insertRange( vlanRangeEntry, above, vidAbove, vidRange.highVid(), vidRange.mapping() );
       insertStart( vlanRangeEntry, startAbove, vidAbove );
    } else if ( isLast ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove highVid from Range " );
       requireVlanId( vidBelow );
-      insertRange( vlanRangeEntry, below, rangeBelow );
+      insertRange( vlanRangeEntry, below, vidRange.lowVid(), vidBelow, vidRange.mapping() );
    } else {
       // One "t" and two blanks are kept on purpose: this text is matched, too.
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " spliting  Range " );
       requireVlanId( vidBelow );
-      insertRange( vlanRangeEntry, below, rangeBelow );
+      insertRange( vlanRangeEntry, below, vidRange.lowVid(), vidBelow, vidRange.mapping() );
       requireVlanId( vidAbove );
-      insertRange( vlanRangeEntry, above, rangeAbove );
+      insertRange( vlanRangeEntry, above, vidAbove, vidRange.highVid(), vidRange.mapping() );
       insertStart( vlanRangeEntry, startAbove, vidAbove );
    }
 }

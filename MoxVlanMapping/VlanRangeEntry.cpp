@@ -40,8 +40,9 @@ VlanRangeEntry::vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element ) {
 }
 
 void
-VlanRangeEntry::vlanIdRangeReplace( ZelVlanIdRange& element, const VlanRangeXlateMapping& range ) {
-   element.valueIs( range );
+VlanRangeEntry::vlanIdRangeReplace( ZelVlanIdRange& element, Bridging::VlanId highVid,
+                                    Bridging::VlanXlateMapping mapping ) {
+   element.valueIs( { element.key(), highVid, mapping } );
    vlanIdRange_.replaced();
 }
 

@@ -81,9 +81,10 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    /// The same with an element made beforehand. Cannot fail for want of memory behind
    /// vlanIdRangeReserve() of its key.
    void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
-   /// As deleting the element's range and inserting `range`, in place. Requires: `element` stands
-   /// here, nobody else holds it, and `range` has its lowVid.
-   void vlanIdRangeReplace( ZelVlanIdRange& element, const VlanRangeXlateMapping& range );
+   /// As deleting the element's range and inserting another with the same lowVid, in place.
+   /// Requires: `element` stands here and nobody else holds it.
+   void vlanIdRangeReplace( ZelVlanIdRange& element, Bridging::VlanId highVid,
+                            Bridging::VlanXlateMapping mapping );
    /// Makes room for one range; holds until another is inserted.
    void vlanIdRangeReserve( Bridging::VlanId lowVid ) { vlanIdRange_.reserve( lowVid ); }
    /// Returns the removed range; the default range when there was none.

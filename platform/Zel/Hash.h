@@ -37,7 +37,7 @@ constexpr std::uint32_t
 singleAttrHash( std::uint64_t value, std::uint32_t seed ) {
    // Multiply-shift with odd factors from the seed, twice: the first product makes the choice of
    // colliding keys depend on the seed, the second carries it into all result bits.
-   const std::uint64_t factor = hashSpread( seed );
+   const std::uint64_t factor = ( std::uint64_t{ seed } + 1 ) * 0x9e3779b97f4a7c15u;
    std::uint64_t product = ( value + factor ) * ( factor | 1 );
    product ^= product >> 32;
    product *= ( factor >> 17 ) | 1;
