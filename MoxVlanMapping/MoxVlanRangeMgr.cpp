@@ -74,16 +74,16 @@ class BoundTests {
 
    bool isVidAndDot1qInUpperBoundRange( VlanXlateMapping mapping ) {
       if ( !traced_ ) {
-         return upper() && holds( upper_->value(), mapping );
+         return upperLow() == vid_.value() && holds( upper()->value(), mapping );
       }
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
                  " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
-      if ( !upper() ) {
+      if ( upperLow() == kNone ) {
          ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
                     " upper bound iterator empty" );
          return false;
       }
-      const VlanRangeXlateMapping range = upper_->value();
+      const VlanRangeXlateMapping range = upper()->value();
       // "uppper" is kept on purpose: the text is matched by those who read the traces.
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
                  " uppper bound Range: ", range );
@@ -92,11 +92,11 @@ class BoundTests {
 
    bool isVidAndDot1qInLowerBoundRange( VlanXlateMapping mapping ) {
       if ( !traced_ ) {
-         return lower() && holds( lowerRange(), mapping );
+         return lowerStart() != kNone && holds( lowerRange(), mapping );
       }
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
                  " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
-      if ( !lower() ) {
+      if ( lowerStart() == kNone ) {
          ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
                     " lower bound iterator empty" );
          return false;
@@ -107,28 +107,38 @@ class BoundTests {
       return holds( range, mapping );
    }
 
-   /// The range that starts at or above the id, or null.
-   RangeElement* upper() {
+   /// The lowest id of the range that starts at or above the id, or kNone.
+   std::uint32_t upperLow() {
       if ( !upperKnown_ || traced_ ) {
-         upper_ = entry_->vlanIdRange().findNodeOrNext( vid_ );
+         upperLow_ = entry_->vlanIdRange().placeOrNext( vid_ );
          upperKnown_ = true;
       }
-      return upper_;
+      return upperLow_;
    }
-   /// The start at or below the id, which is the start of the only range that can hold it, or null.
-   StartElement* lower() {
+   /// The element of that range, or null.
+   RangeElement* upper() {
+      const std::uint32_t low = upperLow();
+      return low == kNone ? nullptr
+                          : entry_->vlanIdRange().findNode(
+                               VlanId::fromRaw( static_cast< std::uint16_t >( low ) ) );
+   }
+
+   /// The start at or below the id, which is the start of the only range that can hold it, or kNone.
+   std::uint32_t lowerStart() {
       if ( !lowerKnown_ || traced_ ) {
          const auto& starts = entry_->revSortedStartVid();
-         lower_ = starts.findNodeOrNext( ReverseStartIdVlanId( vid_.value() ) );
-         lowerElement_ =
-            lower_ ? entry_->vlanIdRange().findNode( VlanId( lower_->key().value() ) ) : nullptr;
+         const std::uint32_t place = starts.placeOrNext( ReverseStartIdVlanId( vid_.value() ) );
+         lowerStart_ = place == starts.kNoPlace ? kNone : 0xffff - place;
+         lowerElement_ = lowerStart_ == kNone
+                          ? nullptr
+                          : entry_->vlanIdRange().findNode( VlanId( lowerStart_ ) );
          lowerKnown_ = true;
       }
-      return lower_;
+      return lowerStart_;
    }
-   /// The element of that start's range, or null. Behind lower().
+   /// The element of that start's range, or null. Behind lowerStart().
    RangeElement* lowerElement() const { return lowerElement_; }
-   /// That range; the default range when there is none. Behind lower().
+   /// That range; the default range when there is none. Behind lowerStart().
    const VlanRangeXlateMapping& lowerRange() const {
       return lowerElement_ ? lowerElement_->value() : kNoRange;
    }
@@ -136,8 +146,8 @@ class BoundTests {
    /// The tests of the id above: they find the same, but for what starts at this id.
    BoundTests above() const {
       BoundTests tests( entry_, VlanId( vid_.value() + 1u ) );
-      if ( upperKnown_ && !traced_ && !( upper_ && upper_->key() == vid_ ) ) {
-         tests.upper_ = upper_;
+      if ( upperKnown_ && !traced_ && upperLow_ != vid_.value() ) {
+         tests.upperLow_ = upperLow_;
          tests.upperKnown_ = true;
       }
       return tests;
@@ -145,13 +155,15 @@ class BoundTests {
    /// The tests of the id below.
    BoundTests below() const {
       BoundTests tests( entry_, VlanId( vid_.value() - 1u ) );
-      if ( lowerKnown_ && !traced_ && !( lower_ && lower_->key().value() == vid_.value() ) ) {
-         tests.lower_ = lower_;
+      if ( lowerKnown_ && !traced_ && lowerStart_ != vid_.value() ) {
+         tests.lowerStart_ = lowerStart_;
          tests.lowerElement_ = lowerElement_;
          tests.lowerKnown_ = true;
       }
       return tests;
    }
+
+   static constexpr std::uint32_t kNone = VlanRangeEntry::VlanIdRangeMap::kNoPlace;
 
  private:
    static constexpr VlanRangeXlateMapping kNoRange{};
@@ -165,8 +177,8 @@ class BoundTests {
    const bool traced_ = trace.anyEnabled();
    bool upperKnown_ = false;
    bool lowerKnown_ = false;
-   RangeElement* upper_ = nullptr;
-   StartElement* lower_ = nullptr;
+   std::uint32_t upperLow_ = kNone;
+   std::uint32_t lowerStart_ = kNone;
    RangeElement* lowerElement_ = nullptr;
 };
 
@@ -267,7 +279,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const auto uBoundIter = here.upper();
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      const auto lBoundIter = here.lower();
+      const bool lBoundIter = here.lowerStart() != BoundTests::kNone;
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = here.lowerRange();
       lowVid = lBoundRange.lowVid();
@@ -291,7 +303,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       insertStart( vlanRangeEntry, newStart, vid );
    } else if ( joinsLower ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to end of prev range" );
-      const auto lBoundIter = here.lower();
+      const bool lBoundIter = here.lowerStart() != BoundTests::kNone;
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = here.lowerRange();
       lowVid = lBoundRange.lowVid();
@@ -335,7 +347,7 @@ MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
    } else if ( !traced || here.isVidAndDot1qInLowerBoundRange( any ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in lower bound range " );
-      const auto lBoundIter = here.lower();
+      const bool lBoundIter = here.lowerStart() != BoundTests::kNone;
       ZEL_ASSERT( lBoundIter );
       deleteVlanFromRange( intfId, vid, here.lowerRange() );
    }

@@ -44,7 +44,7 @@ class ZEL_EXPORT KeyIndex {
  public:
    using Place = std::uint16_t;
    static constexpr std::uint32_t kMostFew = 64;
-   static constexpr Place kGreatest = 0xffff;
+   static constexpr std::uint32_t kNoPlace = 0x10000;
 
    KeyIndex() = default;
    ~KeyIndex() { clear(); }
@@ -59,14 +59,19 @@ class ZEL_EXPORT KeyIndex {
    SmallKeyNode* find( Place place ) const {
       return trie_ ? trie_->find( place ) : few_.find( place );
    }
-   /// The first node at or behind `place`; null when there is none. `place` may be one past the
-   /// greatest.
-   SmallKeyNode* findOrNext( std::uint32_t place ) const {
+   /// The first place of a node at or behind `place`; kNoPlace when there is none. Reads no node.
+   std::uint32_t placeOrNext( Place place ) const {
       if ( trie_ ) {
-         return place <= kGreatest ? trie_->findOrNext( place ) : nullptr;
+         return trie_->placeOrNext( place );
       }
       const std::size_t index = few_.notBelow( place );
-      return index < few_.size ? few_.nodes[ index ] : nullptr;
+      return index < few_.size ? few_.places[ index ] : kNoPlace;
+   }
+   /// The node there. `place` may be kNoPlace.
+   SmallKeyNode* findOrNext( std::uint32_t place ) const {
+      const std::uint32_t found =
+         place < kNoPlace ? placeOrNext( static_cast< Place >( place ) ) : kNoPlace;
+      return found < kNoPlace ? find( static_cast< Place >( found ) ) : nullptr;
    }
 
    /// Makes room for a node at `place` beside as many as stand here now; deletions that lie
@@ -112,7 +117,7 @@ class ZEL_EXPORT KeyIndex {
       std::uint32_t room = 0;
 
       /// Index of the first place that is not below `place`.
-      std::size_t notBelow( std::uint32_t place ) const {
+      std::size_t notBelow( Place place ) const {
          // Steps by a mask, for no branch predictor knows the way down.
          const Place* at = places.get();
          std::size_t rest = size;

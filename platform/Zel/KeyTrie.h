@@ -23,26 +23,35 @@ template < class Node >
 class KeyTrie {
  public:
    using Place = std::uint16_t;
+   static constexpr std::uint32_t kNoPlace = 0x10000;
 
    Node* find( Place place ) const {
       const Leaf* page = leaf( place );
       return page ? page->slots[ leafSlot( place ) ] : nullptr;
    }
 
-   /// The pointer at or behind `place`, or null.
-   Node* findOrNext( std::uint32_t place ) const {
-      if ( const Leaf* page = leaf( place ) ) {
-         if ( const unsigned slot = page->from( leafSlot( place ) ); slot < kSlots ) {
-            return page->slots[ slot ];
+   /// The first place in use at or behind `place`; kNoPlace for none.
+   std::uint32_t placeOrNext( Place place ) const {
+      unsigned r = rootSlot( place );
+      if ( const Middle* above = root_.slots[ r ].get() ) {
+         unsigned m = middleSlot( place );
+         if ( const Leaf* page = above->slots[ m ].get() ) {
+            if ( const unsigned l = page->from( leafSlot( place ) ); l < kSlots ) {
+               return r << 12 | m << 6 | l;
+            }
+         }
+         m = above->from( m + 1 );
+         if ( m < kSlots ) {
+            return r << 12 | m << 6 | above->slots[ m ]->from( 0 );
          }
       }
-      if ( const Middle* page = middle( place ) ) {
-         if ( const unsigned slot = page->from( middleSlot( place ) + 1 ); slot < kSlots ) {
-            return first( *page->slots[ slot ] );
-         }
+      r = root_.from( r + 1 );
+      if ( r == kSlots ) {
+         return kNoPlace;
       }
-      const unsigned slot = root_.from( rootSlot( place ) + 1 );
-      return slot < kSlots ? first( *root_.slots[ slot ] ) : nullptr;
+      const Middle& above = *root_.slots[ r ];
+      const unsigned m = above.from( 0 );
+      return r << 12 | m << 6 | above.slots[ m ]->from( 0 );
    }
 
    /// Makes the pages on the way to `place` and returns what stands there, or null.
@@ -128,8 +137,6 @@ class KeyTrie {
       const Middle* above = middle( place );
       return above ? above->slots[ middleSlot( place ) ].get() : nullptr;
    }
-   static Node* first( const Leaf& page ) { return page.slots[ page.from( 0 ) ]; }
-   static Node* first( const Middle& page ) { return first( *page.slots[ page.from( 0 ) ] ); }
 
    Page< std::unique_ptr< Middle > > root_;
 };

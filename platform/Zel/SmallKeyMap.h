@@ -33,6 +33,7 @@ class SmallKeyMap {
    using Node = NodeType;
    using Key = std::remove_cvref_t< decltype( std::declval< const Node& >().key() ) >;
    using Iterator = StdIterator< SmallKeyMap >;
+   static constexpr std::uint32_t kNoPlace = KeyIndex::kNoPlace;
 
    std::uint32_t size() const { return index_.size(); }
    bool empty() const { return index_.size() == 0; }
@@ -46,6 +47,11 @@ class SmallKeyMap {
    /// The node of `key`, or null. No reference is taken: not to be kept across a change.
    Node* findNode( const Key& key ) const { return typed( index_.find( zelPlace( key ) ) ); }
    Iterator findElement( const Key& key ) const { return { *this, findNode( key ) }; }
+   /// The place of the element that equals `key`, else of the first behind it; kNoPlace when there is
+   /// none. Reads no element.
+   std::uint32_t placeOrNext( const Key& key ) const {
+      return index_.placeOrNext( zelPlace( key ) );
+   }
    /// The node that equals `key`, else the first behind it; null when there is none.
    Node* findNodeOrNext( const Key& key ) const {
       return typed( index_.findOrNext( zelPlace( key ) ) );
