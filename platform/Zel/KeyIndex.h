@@ -43,7 +43,7 @@ class ZEL_EXPORT SmallKeyNode : public PtrInterface {
 class ZEL_EXPORT KeyIndex {
  public:
    using Place = std::uint16_t;
-   static constexpr std::uint32_t kMostFew = 64;
+   static constexpr std::uint32_t kMostFew = 128;
    static constexpr std::uint32_t kNoPlace = 0x10000;
 
    KeyIndex() = default;

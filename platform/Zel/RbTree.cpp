@@ -28,15 +28,6 @@ RbTree::first() const {
 }
 
 RbNode*
-RbTree::last() const {
-   RbNode* node = root_;
-   while ( node && node->right_ ) {
-      node = node->right_;
-   }
-   return node;
-}
-
-RbNode*
 RbTree::next( const RbNode& node ) {
    if ( RbNode* successor = node.right_ ) {
       while ( successor->left_ ) {

@@ -51,7 +51,6 @@ class ZEL_EXPORT RbTree {
    static RbNode* left( const RbNode& node ) { return node.left_; }
    static RbNode* right( const RbNode& node ) { return node.right_; }
    RbNode* first() const;
-   RbNode* last() const;
    /// The node after a linked one; null behind the last.
    static RbNode* next( const RbNode& node );
 

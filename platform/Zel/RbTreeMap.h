@@ -16,6 +16,7 @@
 // Threads    One thread, no locks.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <span>
@@ -188,14 +189,6 @@ class RbTreeMap {
       return firstThat( [ & ]( const Node& node ) { return key < node.key(); } );
    }
 
-   Node* firstHeldElsewhere() const {
-      Node* node = typed( tree_.first() );
-      while ( node && node->zelReferences() == 1 ) {
-         node = after( *node );
-      }
-      return node;
-   }
-
    struct NoArrivals {};
    RbTree tree_;
    [[no_unique_address]] std::conditional_t< HasTwins< Key >, std::uint64_t, NoArrivals >
@@ -209,32 +202,39 @@ RbTreeMap< NodeType >::refill( std::span< const Key > sorted, const Make& make,
                                const Write& write ) {
    const auto size = static_cast< std::uint32_t >( sorted.size() );
    const std::uint32_t changes = tree_.changes() + tree_.size() + size;
-   std::uint32_t usable = 0;
-   for ( const Node* node = typed( tree_.first() ); node; node = after( *node ) ) {
-      usable += node->zelReferences() == 1 ? 1u : 0u;
+   std::vector< Node* > nodes;
+   nodes.reserve( std::max( tree_.size(), size ) );
+   std::vector< const Node* > held;
+   for ( Node* node = typed( tree_.first() ); node; node = after( *node ) ) {
+      if ( node->zelReferences() == 1 ) {
+         nodes.push_back( node );
+      } else {
+         held.push_back( node );
+      }
    }
    std::vector< Ptr< Node > > missing;
-   for ( ; usable + missing.size() < size; ) {
+   while ( nodes.size() + missing.size() < size ) {
       missing.push_back( make() );
    }
 
    // Which node stands where does not matter yet, for every key is written below.
-   while ( const Node* held = usable < tree_.size() ? firstHeldElsewhere() : nullptr ) {
-      unlink( *held );
+   for ( const Node* node : held ) {
+      unlink( *node );
    }
-   while ( tree_.size() > size ) {
-      unlink( *typed( tree_.last() ) );
+   while ( nodes.size() > size ) {
+      unlink( *nodes.back() );
+      nodes.pop_back();
    }
    for ( Ptr< Node >& node : missing ) {
-      tree_.linkAt( tree_.last(), RbTree::Side::Right, std::move( node ) );
+      Node* const last = nodes.empty() ? nullptr : nodes.back();
+      nodes.push_back( node.get() );
+      tree_.linkAt( last, RbTree::Side::Right, std::move( node ) );
    }
-   Node* node = typed( tree_.first() );
-   for ( const Key& key : sorted ) {
-      write( *node, key );
+   for ( std::uint32_t i = 0; i < size; ++i ) {
+      write( *nodes[ i ], sorted[ i ] );
       if constexpr ( HasTwins< Key > ) {
-         node->zelArrival = ++arrivals_;
+         nodes[ i ]->zelArrival = ++arrivals_;
       }
-      node = after( *node );
    }
    tree_.changesInc( changes - tree_.changes() );
 }

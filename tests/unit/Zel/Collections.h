@@ -69,6 +69,20 @@ class KeyedNode : public Base {
    int value_;
 };
 
+/// A node whose key may be written, as refilling does.
+class RefillNode : public Zel::RbTreeNode< std::uint32_t > {
+ public:
+   static constexpr const char* zelTypeName = "TestCollections::RefillNode";
+   std::uint32_t key() const { return key_; }
+   void keyIs( std::uint32_t key ) { key_ = key; }
+
+ protected:
+   explicit RefillNode( std::uint32_t key ) : key_( key ) {}
+
+ private:
+   std::uint32_t key_;
+};
+
 /// The collection's map with a mutator and a rendering.
 template < class MapType >
 struct Collection : MapType {

@@ -4,8 +4,11 @@
 #include "Zel/RbTreeMap.h"
 
 #include <cstdint>
+#include <new>
+#include <numeric>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -169,6 +172,103 @@ TEST_F( RbTreeMapTest, StaysBalancedWhenBuiltAndTakenDownInOrder ) {
       ascending_.erase( key );
       ascending_.verify();
    }
+}
+
+// Refilling: as deleting everything and inserting the keys in order.
+class RbTreeMapRefillTest : public TestSupport::NoneLeftTest {
+ protected:
+   struct Map : Zel::RbTreeMap< TestCollections::RefillNode > {
+      void fill( const std::vector< std::uint32_t >& keys ) {
+         refill(
+            keys, [] { return Zel::newEntity< TestCollections::RefillNode >( 0u ); },
+            []( TestCollections::RefillNode& node, std::uint32_t key ) { node.keyIs( key ); } );
+         verify();
+      }
+      std::string show() const {
+         std::string text;
+         for ( const auto& node : *this ) {
+            text += ( text.empty() ? "" : " " ) + std::to_string( node.key() );
+         }
+         return text;
+      }
+   };
+
+   static std::vector< std::uint32_t > upTo( std::uint32_t count ) {
+      std::vector< std::uint32_t > keys( count );
+      std::iota( keys.begin(), keys.end(), 0u );
+      return keys;
+   }
+   static std::int64_t made() {
+      return Zel::allocationCount( "TestCollections::RefillNode" ).total;
+   }
+
+   Map map_;
+};
+
+TEST_F( RbTreeMapRefillTest, GrowsShrinksAndStaysBalanced ) {
+   for ( const std::uint32_t count : { 0u, 1u, 2u, 7u, 300u, 299u, 5u, 301u, 0u, 64u } ) {
+      map_.fill( upTo( count ) );
+      ASSERT_EQ( map_.size(), count );
+      for ( std::uint32_t key = 0; key < count; ++key ) {
+         ASSERT_NE( map_.findNode( key ), nullptr ) << key;
+      }
+   }
+}
+
+TEST_F( RbTreeMapRefillTest, UsesTheElementsThatNobodyElseHolds ) {
+   map_.fill( { 1, 2, 3 } );
+   const std::int64_t before = made();
+   map_.fill( { 4, 5, 6 } );
+   EXPECT_EQ( map_.show(), "4 5 6" );
+   EXPECT_EQ( made(), before );
+}
+
+TEST_F( RbTreeMapRefillTest, LeavesAHeldElementWhatItWas ) {
+   map_.fill( { 1, 2, 3 } );
+   const auto it = map_.findElement( 2 );
+   map_.fill( { 4, 5, 6, 7 } );
+   EXPECT_EQ( map_.show(), "4 5 6 7" );
+   EXPECT_EQ( it->key(), 2u );
+   EXPECT_FALSE( it->linked() );
+}
+
+TEST_F( RbTreeMapRefillTest, AnIteratorThatStoodOnAnElementGoesOnBehindItsKey ) {
+   map_.fill( { 1, 2, 3 } );
+   auto it = map_.findElement( 2 );
+   map_.fill( { 1, 2, 5 } );
+   EXPECT_EQ( ( ++it )->key(), 5u );
+   EXPECT_FALSE( ++it );
+}
+
+TEST_F( RbTreeMapRefillTest, CountsEveryElementAsDeletedAndInserted ) {
+   map_.fill( { 1, 2, 3 } );
+   EXPECT_EQ( map_.changes(), 3u );
+   const auto held = map_.findElement( 1 );
+   map_.refill(
+      std::vector< std::uint32_t >{ 1, 2 },
+      [] { return Zel::newEntity< TestCollections::RefillNode >( 0u ); },
+      []( TestCollections::RefillNode& node, std::uint32_t key ) { node.keyIs( key ); } );
+   EXPECT_EQ( map_.changes(), 3u + 3u + 2u );
+}
+
+TEST_F( RbTreeMapRefillTest, ChangesNothingWhenAnElementCannotBeMade ) {
+   map_.fill( { 1, 2, 3 } );
+   const std::uint32_t changes = map_.changes();
+   int left = 1;
+   EXPECT_THROW(
+      map_.refill(
+         upTo( 10 ),
+         [ &left ] {
+            if ( left-- == 0 ) {
+               throw std::bad_alloc();
+            }
+            return Zel::newEntity< TestCollections::RefillNode >( 0u );
+         },
+         []( TestCollections::RefillNode& node, std::uint32_t key ) { node.keyIs( key ); } ),
+      std::bad_alloc );
+   EXPECT_EQ( map_.show(), "1 2 3" );
+   EXPECT_EQ( map_.changes(), changes );
+   map_.verify();
 }
 
 TEST_F( RbTreeMapDeathTest, InsertionOfAStoredKeyAborts ) {
