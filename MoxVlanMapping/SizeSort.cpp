@@ -14,6 +14,8 @@ namespace {
 constexpr std::int32_t kSizes = 64;
 // One for what is larger, one for each size, and one for ranges whose ends are crossed.
 constexpr std::size_t kBuckets = kSizes + 2;
+// With fewer ranges the buckets cost more than comparing.
+constexpr std::size_t kWorthCounting = 8;
 
 std::size_t
 bucketOf( const VlanRangeXlateMapping& range ) {
@@ -26,11 +28,17 @@ std::span< const VlanRangeXlateMapping >
 SizeSort::sorted( const VlanRangeEntry::VlanIdRangeMap& ranges ) {
    byId_.clear();
    byId_.reserve( ranges.size() );
-   std::array< std::uint32_t, kBuckets > begins{};
-   ranges.each( [ & ]( const VlanRangeEntry::ZelVlanIdRange& element ) {
+   ranges.each( [ this ]( const VlanRangeEntry::ZelVlanIdRange& element ) {
       byId_.push_back( element.value() );
-      ++begins[ bucketOf( element.value() ) ];
    } );
+   if ( byId_.size() < kWorthCounting ) {
+      std::sort( byId_.begin(), byId_.end() );
+      return byId_;
+   }
+   std::array< std::uint32_t, kBuckets > begins{};
+   for ( const VlanRangeXlateMapping& range : byId_ ) {
+      ++begins[ bucketOf( range ) ];
+   }
    std::uint32_t behind = 0;
    for ( std::uint32_t& begin : begins ) {
       const std::uint32_t count = begin;
