@@ -52,10 +52,13 @@ class EntryOf {
    EntryOf( VlanRangeEntryDir& dir, IntfId intfId ) : dir_( dir ), intfId_( intfId ) {}
 
    IntfId intfId() const { return intfId_; }
-   VlanRangeEntry* operator->() {
+   void make() {
       if ( !entry_ ) {
          entry_ = dir_.vlanRangeEntryIs( intfId_ );
       }
+   }
+   VlanRangeEntry* operator->() {
+      make();
       return entry_.get();
    }
 
@@ -260,6 +263,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
    ZEL_TRACE( trace, kArguments, __LINE__, "addVlanToIdx", " intfId: ", intfId, " vlanId: ", vid,
               " mapping: ", mapping );
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
+   vlanRangeEntry.make();   // it is there when the first test is traced
    BoundTests here( vlanRangeEntry, vid );
    if ( here.isVidAndDot1qInLowerBoundRange( mapping ) ||
         here.isVidAndDot1qInUpperBoundRange( mapping ) ) {
@@ -330,6 +334,7 @@ MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
               " vlanId: ", vid );
    const VlanXlateMapping any;
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
+   vlanRangeEntry.make();   // it is there when the first test is traced
    BoundTests here( vlanRangeEntry, vid );
    const bool traced = trace.anyEnabled();
    const bool inUpper = here.isVidAndDot1qInUpperBoundRange( any );
