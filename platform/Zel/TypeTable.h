@@ -98,13 +98,14 @@ namesOf() {
 template < auto Member, class Type = decltype( Member ) >
 struct Callable;
 
-template < auto Member, class R, class C, class... A >
-struct Callable< Member, R ( C::* )( A... ) > {
+// `Self` is const where the member is.
+template < auto Member, class Self, class R, class... A >
+struct Method {
    using Result = R;
    static constexpr std::size_t kArguments = sizeof...( A );
    static constexpr auto types = namesOf< A... >();
    static void invoke( const void* object, const Value* arguments, Value& result ) {
-      C& self = objectAs< C >( object );
+      Self& self = objectAs< std::remove_const_t< Self > >( object );
       call< R, A... >(
          [ &self ]( auto&&... unpacked ) -> R { return ( self.*Member )( unpacked... ); },
          arguments, result );
@@ -112,18 +113,9 @@ struct Callable< Member, R ( C::* )( A... ) > {
    static constexpr Operation operation{ invoke, types };
 };
 template < auto Member, class R, class C, class... A >
-struct Callable< Member, R ( C::* )( A... ) const > {
-   using Result = R;
-   static constexpr std::size_t kArguments = sizeof...( A );
-   static constexpr auto types = namesOf< A... >();
-   static void invoke( const void* object, const Value* arguments, Value& result ) {
-      const C& self = objectAs< C >( object );
-      call< R, A... >(
-         [ &self ]( auto&&... unpacked ) -> R { return ( self.*Member )( unpacked... ); },
-         arguments, result );
-   }
-   static constexpr Operation operation{ invoke, types };
-};
+struct Callable< Member, R ( C::* )( A... ) > : Method< Member, C, R, A... > {};
+template < auto Member, class R, class C, class... A >
+struct Callable< Member, R ( C::* )( A... ) const > : Method< Member, const C, R, A... > {};
 template < auto Function, class R, class... A >
 struct Callable< Function, R ( * )( A... ) > {
    static constexpr std::size_t kArguments = sizeof...( A );
@@ -225,6 +217,14 @@ class Collection {
 
    static const Map& in( const void* object ) { return ( objectAs< Entity >( object ).*Get )(); }
 };
+
+template < class Entity, class Map, const Map& ( Entity::*Get )() const, auto Is, auto Del >
+constexpr AttributeRecord
+collection( AttributeId id, const char* name, AttributeKind kind ) {
+   AttributeRecord row = Collection< Entity, Map, Get, Del >::record( id, name, kind );
+   row.set = Callable< Is >::operation;
+   return row;
+}
 
 /// The Is mutator of a hash set takes the key alone; generic access gives it a bool as well.
 template < class Entity, class Key, void ( Entity::*Is )( Passed< Key > ) >
@@ -354,10 +354,7 @@ template < class Entity, class Map, const Map& ( Entity::*Get )() const,
            Detail::Element< Map > ( Entity::*Del )( Detail::Passed< typename Map::Key > ) >
 constexpr AttributeRecord
 orderedMap( AttributeId id, const char* name ) {
-   AttributeRecord row =
-      Detail::Collection< Entity, Map, Get, Del >::record( id, name, AttributeKind::OrderedMap );
-   row.set = Detail::Callable< Is >::operation;
-   return row;
+   return Detail::collection< Entity, Map, Get, Is, Del >( id, name, AttributeKind::OrderedMap );
 }
 
 /// Of values that hold their own key.
@@ -366,9 +363,7 @@ template < class Entity, class Map, const Map& ( Entity::*Get )() const,
            Detail::Element< Map > ( Entity::*Del )( Detail::Passed< typename Map::Key > ) >
 constexpr AttributeRecord
 hashMap( AttributeId id, const char* name ) {
-   AttributeRecord row = orderedMap< Entity, Map, Get, Is, Del >( id, name );
-   row.kind = AttributeKind::HashMap;
-   return row;
+   return Detail::collection< Entity, Map, Get, Is, Del >( id, name, AttributeKind::HashMap );
 }
 
 /// Of values beside their keys.
@@ -378,10 +373,7 @@ template < class Entity, class Map, const Map& ( Entity::*Get )() const,
            Detail::Element< Map > ( Entity::*Del )( Detail::Passed< typename Map::Key > ) >
 constexpr AttributeRecord
 hashMap( AttributeId id, const char* name ) {
-   AttributeRecord row =
-      Detail::Collection< Entity, Map, Get, Del >::record( id, name, AttributeKind::HashMap );
-   row.set = Detail::Callable< Is >::operation;
-   return row;
+   return Detail::collection< Entity, Map, Get, Is, Del >( id, name, AttributeKind::HashMap );
 }
 
 template < class Entity, class Set, const Set& ( Entity::*Get )() const,
@@ -389,10 +381,7 @@ template < class Entity, class Set, const Set& ( Entity::*Get )() const,
            bool ( Entity::*Del )( Detail::Passed< typename Set::Key > ) >
 constexpr AttributeRecord
 orderedSet( AttributeId id, const char* name ) {
-   AttributeRecord row =
-      Detail::Collection< Entity, Set, Get, Del >::record( id, name, AttributeKind::OrderedSet );
-   row.set = Detail::Callable< Is >::operation;
-   return row;
+   return Detail::collection< Entity, Set, Get, Is, Del >( id, name, AttributeKind::OrderedSet );
 }
 
 template < class Entity, class Set, const Set& ( Entity::*Get )() const,
@@ -416,10 +405,9 @@ constexpr AttributeRecord
 entityMap( AttributeId id, const char* name, const char* const ( &names )[ Names ] ) {
    using Creator = Detail::Callable< Is >;
    AttributeRecord row =
-      Detail::Collection< Entity, Map, Get, Del >::record( id, name, AttributeKind::EntityMap );
+      Detail::collection< Entity, Map, Get, Is, Del >( id, name, AttributeKind::EntityMap );
    row.argumentNames = Detail::argumentNames< Creator::kArguments >( names );
    row.argumentTypes = Creator::types;
-   row.set = Creator::operation;
    return row;
 }
 
@@ -470,6 +458,25 @@ struct ConstructorRecord {
    ArgumentNames names;
 };
 
+namespace Detail {
+
+template < class T, class Base >
+constexpr TypeRecord
+typeRecord( TypeKind kind, const ConstructorRecord& constructor,
+            std::span< const AttributeRecord > attributes, const ValueHooks* hooks ) {
+   return { typeName< T >,
+            kind,
+            sizeof( T ),
+            typeName< Base >,
+            std::is_polymorphic_v< T >,
+            constructor.operation,
+            constructor.names,
+            attributes,
+            hooks };
+}
+
+}   // namespace Detail
+
 /// By a static creator.
 template < auto Creator >
 constexpr ConstructorRecord
@@ -504,15 +511,7 @@ constexpr TypeRecord
 entityType( const ConstructorRecord& constructor = {},
             std::span< const AttributeRecord > attributes = {} ) {
    static_assert( std::is_void_v< Base > || std::derived_from< T, Base > );
-   return { typeName< T >,
-            TypeKind::Entity,
-            sizeof( T ),
-            typeName< Base >,
-            std::is_polymorphic_v< T >,
-            constructor.operation,
-            constructor.names,
-            attributes,
-            nullptr };
+   return Detail::typeRecord< T, Base >( TypeKind::Entity, constructor, attributes, nullptr );
 }
 
 template < class T, class Base = void >
@@ -520,15 +519,8 @@ constexpr TypeRecord
 valueType( const ConstructorRecord& constructor = {},
            std::span< const AttributeRecord > attributes = {} ) {
    static_assert( std::is_void_v< Base > || std::is_base_of_v< Base, T > );
-   return { typeName< T >,
-            TypeKind::Value,
-            sizeof( T ),
-            typeName< Base >,
-            std::is_polymorphic_v< T >,
-            constructor.operation,
-            constructor.names,
-            attributes,
-            &Detail::valueHooks< T > };
+   return Detail::typeRecord< T, Base >( TypeKind::Value, constructor, attributes,
+                                         &Detail::valueHooks< T > );
 }
 
 }   // namespace Zel
