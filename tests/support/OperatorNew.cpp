@@ -3,6 +3,7 @@
 //
 #include "tests/support/OperatorNew.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -11,7 +12,8 @@
 namespace TestSupport {
 namespace {
 
-std::uint64_t requests = 0;
+// Threads of other tests ask for memory, too; a hook is for one thread.
+std::atomic< std::uint64_t > requests = 0;
 std::function< void() > hook;
 bool inHook = false;
 
@@ -23,7 +25,7 @@ class InHook {
 
 void*
 requested( std::size_t size ) {
-   ++requests;
+   requests.fetch_add( 1, std::memory_order_relaxed );
    if ( hook && !inHook ) {
       const InHook guard;
       hook();
