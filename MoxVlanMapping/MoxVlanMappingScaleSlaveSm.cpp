@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "Zel/Exception.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Trace.h"
 
@@ -80,6 +81,14 @@ VlanMappingScaleSlaveSm::vlanRangeMgrDel() {
    return std::move( vlanRangeMgr_ );
 }
 
+Zel::Ptr< MoxVlanRangeMgr >
+VlanMappingScaleSlaveSm::presentManager() const {
+   if ( !vlanRangeMgr_ ) {
+      throw Zel::Exception( "VlanMappingScaleSlaveSm has no vlanRangeMgr" );
+   }
+   return vlanRangeMgr_;
+}
+
 void
 VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey ) {
    ZEL_TRACE( trace, kHooks, __LINE__, "doAddIngressVlanMapping", " pvKey: ", pvKey );
@@ -91,7 +100,7 @@ VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    ZEL_TRACE( trace, kHooks, __LINE__, "doAddIngressVlanMapping", " ", pvKey.intfId(),
               " : Adding mapping ", pvKey.vlanId(), " to ", translatedVlan, " inLag ",
               config.inLag(), " xlateUntagged ", config.xlateUntagged() );
-   const Zel::Ptr< MoxVlanRangeMgr > mgr = vlanRangeMgr_;
+   const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    mgr->addVlanToIdx( pvKey.intfId(), pvKey.vlanId(), config.mapping() );
    const Zel::Ptr< VlanXlateScheduleDir > scheduleDir = vlanXlateScheduleDir_;
    scheduleDir->vlanXlateScheduleIs( pvKey.intfId() );
@@ -101,7 +110,7 @@ void
 VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey ) {
    ZEL_TRACE( trace, kHooks, __LINE__, "doDelIngressVlanMapping", " pvKey: ", pvKey );
    const Bridging::VlanId vlanId( pvKey.vlanId().value() );
-   const Zel::Ptr< MoxVlanRangeMgr > mgr = vlanRangeMgr_;
+   const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
    const Zel::Ptr< VlanXlateScheduleDir > scheduleDir = vlanXlateScheduleDir_;
    scheduleDir->vlanXlateScheduleIs( pvKey.intfId() );

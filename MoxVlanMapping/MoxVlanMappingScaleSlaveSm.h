@@ -8,7 +8,8 @@
 //
 // Lifecycle   The range manager is made by handleInitialized(); the ingress hooks need it.
 // Ownership   Holds the two directories, the range manager, and what the base class holds.
-// Throws      Zel::RangeException for ids out of range, before anything is changed.
+// Throws      Zel::RangeException for ids out of range, and from the ingress hooks Zel::Exception
+//             when there is no manager, before anything is changed.
 // Threads     One thread, no locks.
 // Trace       "MoxVlanMappingScaleSm", level 5.
 #pragma once
@@ -75,6 +76,8 @@ class ZEL_EXPORT VlanMappingScaleSlaveSm : public Mox::VlanMappingSlaveSm {
    ~VlanMappingScaleSlaveSm() override;
 
  private:
+   Zel::Ptr< MoxVlanRangeMgr > presentManager() const;
+
    // Emptied by the destructor alone.
    Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDir_;
    Zel::Ptr< VlanXlateScheduleDir > vlanXlateScheduleDir_;

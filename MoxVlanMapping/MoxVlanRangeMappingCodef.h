@@ -132,7 +132,7 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    void handlePortToLag( Corvel::IntfId intf );
    void zel_handleAcsd_portToLag( Corvel::IntfId intf ) { handlePortToLag( intf ); }
    /// Rebuilds the interface's vidRangeSorted from its vlanIdRange; makes both entries when they
-   /// are missing. O(n) in the interface's ranges.
+   /// are missing. O(n) in the interface's ranges while they do not overlap.
    void sortVlanRangeBySize( Corvel::IntfId intfId );
    /// Sorts, then calls processSortedVlanRange().
    void processVlanRange( Corvel::IntfId intfId );

@@ -37,13 +37,13 @@ requireVlanId( VlanId id ) {
 }
 
 bool
-mappingMatches( VlanXlateMapping wanted, const VlanRangeXlateMapping& range ) {
-   return wanted == VlanXlateMapping() || wanted == range.mapping();
+isIn( const VlanRangeXlateMapping& range, VlanId vid ) {
+   return !( vid < range.lowVid() ) && !( range.highVid() < vid );
 }
 
 bool
-isIn( const VlanRangeXlateMapping& range, VlanId vid ) {
-   return !( vid < range.lowVid() ) && !( range.highVid() < vid );
+matches( const VlanRangeXlateMapping& range, VlanId vid, VlanXlateMapping mapping ) {
+   return ( mapping == VlanXlateMapping() || mapping == range.mapping() ) && isIn( range, vid );
 }
 
 // An interface's entry, looked up when it is first asked for and made when there is none.
@@ -52,15 +52,15 @@ class EntryOf {
    EntryOf( VlanRangeEntryDir& dir, IntfId intfId ) : dir_( dir ), intfId_( intfId ) {}
 
    IntfId intfId() const { return intfId_; }
-   void make() {
+   VlanRangeEntry& get() {
       if ( !entry_ ) {
-         entry_ = dir_.vlanRangeEntryIs( intfId_ );
+         entry_ = anew();
       }
+      return *entry_;
    }
-   VlanRangeEntry* operator->() {
-      make();
-      return entry_.get();
-   }
+   VlanRangeEntry* operator->() { return &get(); }
+   /// What the directory holds now.
+   Zel::Ptr< VlanRangeEntry > anew() { return dir_.vlanRangeEntryIs( intfId_ ); }
 
  private:
    VlanRangeEntryDir& dir_;
@@ -68,73 +68,39 @@ class EntryOf {
    Zel::Ptr< VlanRangeEntry > entry_;
 };
 
-// The two bound tests of one id, and what they find. Each collection is searched once. But when the
-// calls are traced, every test searches for itself: whoever reads the lines may change the index
-// between two of them.
-class BoundTests {
+// What the index holds around one id. Each collection is searched once, when it is first asked.
+class Surroundings {
  public:
-   BoundTests( EntryOf& entry, VlanId vid ) : entry_( entry ), vid_( vid ) {}
+   static constexpr std::uint32_t kNone = VlanRangeEntry::VlanIdRangeMap::kNoPlace;
 
-   bool isVidAndDot1qInUpperBoundRange( VlanXlateMapping mapping ) {
-      if ( !traced_ ) {
-         return upperLow() == vid_.value() && holds( upper()->value(), mapping );
-      }
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-                 " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
-      if ( upperLow() == kNone ) {
-         ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-                    " upper bound iterator empty" );
-         return false;
-      }
-      const VlanRangeXlateMapping range = upper()->value();
-      // "uppper" is kept on purpose: the text is matched by those who read the traces.
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-                 " uppper bound Range: ", range );
-      return holds( range, mapping );
-   }
+   explicit Surroundings( VlanId vid ) : vid_( vid ) {}
 
-   bool isVidAndDot1qInLowerBoundRange( VlanXlateMapping mapping ) {
-      if ( !traced_ ) {
-         return lowerStart() != kNone && holds( lowerRange(), mapping );
-      }
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
-                 " intfId: ", entry_.intfId(), " inVlanId: ", vid_, " mapping: ", mapping );
-      if ( lowerStart() == kNone ) {
-         ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
-                    " lower bound iterator empty" );
-         return false;
-      }
-      const VlanRangeXlateMapping range = lowerRange();
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
-                 range );
-      return holds( range, mapping );
-   }
+   VlanId vid() const { return vid_; }
 
    /// The lowest id of the range that starts at or above the id, or kNone.
-   std::uint32_t upperLow() {
-      if ( !upperKnown_ || traced_ ) {
-         upperLow_ = entry_->vlanIdRange().placeOrNext( vid_ );
+   std::uint32_t upperLow( const VlanRangeEntry& entry ) {
+      if ( !upperKnown_ ) {
+         upperLow_ = entry.vlanIdRange().placeOrNext( vid_ );
          upperKnown_ = true;
       }
       return upperLow_;
    }
    /// The element of that range, or null.
-   RangeElement* upper() {
-      const std::uint32_t low = upperLow();
+   RangeElement* upper( const VlanRangeEntry& entry ) {
+      const std::uint32_t low = upperLow( entry );
       return low == kNone ? nullptr
-                          : entry_->vlanIdRange().findNode(
+                          : entry.vlanIdRange().findNode(
                                VlanId::fromRaw( static_cast< std::uint16_t >( low ) ) );
    }
 
    /// The start at or below the id, which is the start of the only range that can hold it, or kNone.
-   std::uint32_t lowerStart() {
-      if ( !lowerKnown_ || traced_ ) {
-         const auto& starts = entry_->revSortedStartVid();
+   std::uint32_t lowerStart( const VlanRangeEntry& entry ) {
+      if ( !lowerKnown_ ) {
+         const auto& starts = entry.revSortedStartVid();
          const std::uint32_t place = starts.placeOrNext( ReverseStartIdVlanId( vid_.value() ) );
          lowerStart_ = place == starts.kNoPlace ? kNone : 0xffff - place;
-         lowerElement_ = lowerStart_ == kNone
-                          ? nullptr
-                          : entry_->vlanIdRange().findNode( VlanId( lowerStart_ ) );
+         lowerElement_ =
+            lowerStart_ == kNone ? nullptr : entry.vlanIdRange().findNode( VlanId( lowerStart_ ) );
          lowerKnown_ = true;
       }
       return lowerStart_;
@@ -146,44 +112,81 @@ class BoundTests {
       return lowerElement_ ? lowerElement_->value() : kNoRange;
    }
 
-   /// The tests of the id above: they find the same, but for what starts at this id.
-   BoundTests above() const {
-      BoundTests tests( entry_, VlanId( vid_.value() + 1u ) );
-      if ( upperKnown_ && !traced_ && upperLow_ != vid_.value() ) {
-         tests.upperLow_ = upperLow_;
-         tests.upperKnown_ = true;
+   /// Around the id above: the same, but for what starts at this id.
+   Surroundings above() const {
+      Surroundings there( VlanId( vid_.value() + 1u ) );
+      if ( upperKnown_ && upperLow_ != vid_.value() ) {
+         there.upperLow_ = upperLow_;
+         there.upperKnown_ = true;
       }
-      return tests;
+      return there;
    }
-   /// The tests of the id below.
-   BoundTests below() const {
-      BoundTests tests( entry_, VlanId( vid_.value() - 1u ) );
-      if ( lowerKnown_ && !traced_ && lowerStart_ != vid_.value() ) {
-         tests.lowerStart_ = lowerStart_;
-         tests.lowerElement_ = lowerElement_;
-         tests.lowerKnown_ = true;
+   /// Around the id below.
+   Surroundings below() const {
+      Surroundings there( VlanId( vid_.value() - 1u ) );
+      if ( lowerKnown_ && lowerStart_ != vid_.value() ) {
+         there.lowerStart_ = lowerStart_;
+         there.lowerElement_ = lowerElement_;
+         there.lowerKnown_ = true;
       }
-      return tests;
+      return there;
    }
-
-   static constexpr std::uint32_t kNone = VlanRangeEntry::VlanIdRangeMap::kNoPlace;
 
  private:
    static constexpr VlanRangeXlateMapping kNoRange{};
 
-   bool holds( const VlanRangeXlateMapping& range, VlanXlateMapping mapping ) const {
-      return mappingMatches( mapping, range ) && isIn( range, vid_ );
-   }
-
-   EntryOf& entry_;
    const VlanId vid_;
-   const bool traced_ = trace.anyEnabled();
    bool upperKnown_ = false;
    bool lowerKnown_ = false;
    std::uint32_t upperLow_ = kNone;
    std::uint32_t lowerStart_ = kNone;
    RangeElement* lowerElement_ = nullptr;
 };
+
+// The two bound tests. When they are traced, every test looks up and searches for itself: whoever
+// reads the lines may change the index between two of them.
+bool
+isVidAndDot1qInUpperBoundRange( EntryOf& entry, Surroundings& around, VlanXlateMapping mapping ) {
+   if ( !trace.anyEnabled() ) {
+      return around.upperLow( entry.get() ) == around.vid().value() &&
+             matches( around.upper( entry.get() )->value(), around.vid(), mapping );
+   }
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+              " intfId: ", entry.intfId(), " inVlanId: ", around.vid(), " mapping: ", mapping );
+   const Zel::Ptr< VlanRangeEntry > present = entry.anew();
+   const RangeElement* element = Surroundings( around.vid() ).upper( *present );
+   if ( !element ) {
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                 " upper bound iterator empty" );
+      return false;
+   }
+   const VlanRangeXlateMapping range = element->value();
+   // "uppper" is kept on purpose: the text is matched by those who read the traces.
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+              " uppper bound Range: ", range );
+   return matches( range, around.vid(), mapping );
+}
+
+bool
+isVidAndDot1qInLowerBoundRange( EntryOf& entry, Surroundings& around, VlanXlateMapping mapping ) {
+   if ( !trace.anyEnabled() ) {
+      return around.lowerStart( entry.get() ) != Surroundings::kNone &&
+             matches( around.lowerRange(), around.vid(), mapping );
+   }
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+              " intfId: ", entry.intfId(), " inVlanId: ", around.vid(), " mapping: ", mapping );
+   const Zel::Ptr< VlanRangeEntry > present = entry.anew();
+   Surroundings now( around.vid() );
+   if ( now.lowerStart( *present ) == Surroundings::kNone ) {
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+                 " lower bound iterator empty" );
+      return false;
+   }
+   const VlanRangeXlateMapping range = now.lowerRange();
+   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
+              range );
+   return matches( range, around.vid(), mapping );
+}
 
 // Whether an element that a call deletes may be used again: nobody else may still look at it.
 bool
@@ -247,14 +250,16 @@ bool
 MoxVlanRangeMgr::isVidAndDot1qInUpperBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
-   return BoundTests( vlanRangeEntry, vid ).isVidAndDot1qInUpperBoundRange( mapping );
+   Surroundings around( vid );
+   return MoxVlanMapping::isVidAndDot1qInUpperBoundRange( vlanRangeEntry, around, mapping );
 }
 
 bool
 MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
-   return BoundTests( vlanRangeEntry, vid ).isVidAndDot1qInLowerBoundRange( mapping );
+   Surroundings around( vid );
+   return MoxVlanMapping::isVidAndDot1qInLowerBoundRange( vlanRangeEntry, around, mapping );
 }
 
 // The assertions below name their variables in what they print; those names are kept on purpose.
@@ -263,27 +268,30 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
    ZEL_TRACE( trace, kArguments, __LINE__, "addVlanToIdx", " intfId: ", intfId, " vlanId: ", vid,
               " mapping: ", mapping );
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
-   vlanRangeEntry.make();   // it is there when the first test is traced
-   BoundTests here( vlanRangeEntry, vid );
-   if ( here.isVidAndDot1qInLowerBoundRange( mapping ) ||
-        here.isVidAndDot1qInUpperBoundRange( mapping ) ) {
+   vlanRangeEntry.get();   // it is there when the first test is traced
+   Surroundings here( vid );
+   const auto inUpper = [ & ]( auto&& around ) {
+      return MoxVlanMapping::isVidAndDot1qInUpperBoundRange( vlanRangeEntry, around, mapping );
+   };
+   const auto inLower = [ & ]( auto&& around ) {
+      return MoxVlanMapping::isVidAndDot1qInLowerBoundRange( vlanRangeEntry, around, mapping );
+   };
+   if ( inLower( here ) || inUpper( here ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " already present returning " );
       return;
    }
-   const bool joinsUpper =
-      vid.value() < VlanId::kHighest && here.above().isVidAndDot1qInUpperBoundRange( mapping );
-   const bool joinsLower =
-      vid.value() != VlanId::kLowest && here.below().isVidAndDot1qInLowerBoundRange( mapping );
+   const bool joinsUpper = vid.value() < VlanId::kHighest && inUpper( here.above() );
+   const bool joinsLower = vid.value() != VlanId::kLowest && inLower( here.below() );
 
    VlanId lowVid = vid;
    VlanId highVid = vid;
    Zel::Ptr< RangeElement > newElement;
    if ( joinsLower && joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " merge 2 ranges " );
-      const auto uBoundIter = here.upper();
+      const auto uBoundIter = here.upper( vlanRangeEntry.get() );
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
-      const bool lBoundIter = here.lowerStart() != BoundTests::kNone;
+      const bool lBoundIter = here.lowerStart( vlanRangeEntry.get() ) != Surroundings::kNone;
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = here.lowerRange();
       lowVid = lBoundRange.lowVid();
@@ -294,7 +302,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
    } else if ( joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to start of curRange " );
-      const auto uBoundIter = here.upper();
+      const auto uBoundIter = here.upper( vlanRangeEntry.get() );
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
       highVid = uBoundRange.highVid();
@@ -307,7 +315,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       insertStart( vlanRangeEntry, newStart, vid );
    } else if ( joinsLower ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " append to end of prev range" );
-      const bool lBoundIter = here.lowerStart() != BoundTests::kNone;
+      const bool lBoundIter = here.lowerStart( vlanRangeEntry.get() ) != Surroundings::kNone;
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = here.lowerRange();
       lowVid = lBoundRange.lowVid();
@@ -334,25 +342,31 @@ MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
               " vlanId: ", vid );
    const VlanXlateMapping any;
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
-   vlanRangeEntry.make();   // it is there when the first test is traced
-   BoundTests here( vlanRangeEntry, vid );
+   vlanRangeEntry.get();   // it is there when the first test is traced
+   Surroundings here( vid );
+   const auto inUpper = [ & ]( auto&& around ) {
+      return MoxVlanMapping::isVidAndDot1qInUpperBoundRange( vlanRangeEntry, around, any );
+   };
+   const auto inLower = [ & ]( auto&& around ) {
+      return MoxVlanMapping::isVidAndDot1qInLowerBoundRange( vlanRangeEntry, around, any );
+   };
    const bool traced = trace.anyEnabled();
-   const bool inUpper = here.isVidAndDot1qInUpperBoundRange( any );
-   if ( !inUpper && !here.isVidAndDot1qInLowerBoundRange( any ) ) {
+   const bool startsHere = inUpper( here );
+   if ( !startsHere && !inLower( here ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid not present in lower and upper bound range " );
       return;
    }
-   if ( traced ? here.isVidAndDot1qInUpperBoundRange( any ) : inUpper ) {
+   if ( traced ? inUpper( here ) : startsHere ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in upper bound range " );
-      const auto uBoundIter = here.upper();
+      const auto uBoundIter = here.upper( vlanRangeEntry.get() );
       ZEL_ASSERT( uBoundIter );
       deleteVlanFromRange( intfId, vid, uBoundIter->value() );
-   } else if ( !traced || here.isVidAndDot1qInLowerBoundRange( any ) ) {
+   } else if ( !traced || inLower( here ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in lower bound range " );
-      const bool lBoundIter = here.lowerStart() != BoundTests::kNone;
+      const bool lBoundIter = here.lowerStart( vlanRangeEntry.get() ) != Surroundings::kNone;
       ZEL_ASSERT( lBoundIter );
       deleteVlanFromRange( intfId, vid, here.lowerRange() );
    }
@@ -395,6 +409,7 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    if ( isOnly ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " removing size 1 Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
+      vlanRangeEntry->trim();
    } else if ( isFirst ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove lowVid from Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );

@@ -4,10 +4,10 @@
 // SizeSort: puts an interface's ranges in order of size, largest first.
 //
 // A counting sort: ranges of up to 64 ids fall into a bucket of their size, in which they keep the
-// order of their ids. The few that are larger - an interface has no room for 64 of them - are sorted
-// by comparison.
+// order of their ids. The few that are larger - ranges that do not overlap leave no room for 64 of
+// them - and ranges whose ends are crossed are sorted by comparison.
 //
-// Cost     O(n), and O(k log k) for the k <= 63 large ones.
+// Cost     O(n), and O(k log k) for the k that are compared.
 // Memory   24 bytes a range, kept for the next sort.
 // Throws   std::bad_alloc.
 #pragma once

@@ -109,6 +109,12 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );
    void revSortedStartVidDelAll() { revSortedStartVid_.deleteAll(); }
 
+   /// Gives the memory of empty collections back, and what was reserved in them.
+   void trim() {
+      vlanIdRange_.trim();
+      revSortedStartVid_.trim();
+   }
+
    Zel::TypeHandle fwkType() const override;
 
  protected:

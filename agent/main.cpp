@@ -87,8 +87,9 @@ class CommandLine {
                                  Agent::ringsCommand );
       rings->add_option( "FILE", options_.file, "ring file" )->required();
 
-      CLI::App* console = command( app_, "console", "look at and change a running agent's objects",
-                                   Agent::consoleCommand );
+      CLI::App* console =
+         command( app_, "console", "an agent of its own whose objects can be looked at and changed",
+                  Agent::consoleCommand );
       configurationFile( console )->required( false )->description(
          "configuration to apply first; standard input carries the commands" );
       ranking( console );

@@ -11,8 +11,8 @@
 //   SortedVectorIndex  one sorted std::vector
 //   FlatIndex          a slot per VLAN id and a bit per start: searches nothing, 33 KB an interface
 //
-// All take an id only when no other mapping holds it, as the library does. add() of an id that is
-// held and del() of one that is not change nothing.
+// No workload adds an id that another mapping holds. add() of an id that is held and del() of one
+// that is not change nothing.
 //
 // Form     Each is the index of one interface; ByInterface makes it one of many.
 // Threads  One.
@@ -45,7 +45,7 @@ namespace Bench {
 using Vid = std::uint16_t;
 using Mapping = Bridging::VlanXlateMapping;
 
-/// All 64 bits of a mapping: one comparison instead of one per field.
+/// All 64 bits of a mapping, to be stored as a number.
 inline std::uint64_t
 bitsOf( Mapping mapping ) {
    return std::bit_cast< std::uint64_t >( mapping );

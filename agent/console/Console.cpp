@@ -8,6 +8,7 @@
 
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -22,7 +23,7 @@ namespace {
 // False when the line failed, which has been told then.
 bool
 carriedOut( Session& session, const std::string& line, const std::string& where ) {
-   std::string complaint;
+   std::optional< std::string > complaint;
    try {
       carryOut( session, line );
    } catch ( const Zel::Exception& error ) {
@@ -31,10 +32,10 @@ carriedOut( Session& session, const std::string& line, const std::string& where 
       complaint = error.what();
    }
    session.out.flush();   // before the error: both may go to one place
-   if ( complaint.empty() ) {
+   if ( !complaint ) {
       return true;
    }
-   std::cerr << where << complaint << std::endl;
+   std::cerr << where << *complaint << std::endl;
    return false;
 }
 

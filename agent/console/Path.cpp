@@ -107,6 +107,10 @@ requireOperation( const Place& place, Zel::OpCode code ) {
    if ( std::ranges::find( supported, code, &OperationName::code ) != supported.end() ) {
       return;
    }
+   if ( place.row->kind == Zel::AttributeKind::Method ) {
+      throw Error(
+         fmt::format( "{} is described only; generic access does not call it", place.path ) );
+   }
    const auto wanted = std::ranges::find( kAttributeOperations, code, &OperationName::code );
    throw Error( fmt::format( "{} is {}: no {}; it supports: {}", place.path,
                              aKind( place.row->kind ), wanted->name,

@@ -5,6 +5,7 @@
 
 #include "Quen/TaskScheduler.h"
 #include "Zel/Assert.h"
+#include "Zel/Exception.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Parse.h"
 
@@ -43,7 +44,9 @@ Task::TaskIs( const Zel::Ptr< TaskScheduler >& scheduler, TaskPriority priority,
 
 void
 Task::taskQuantumIs( Zel::Seconds quantum ) {
-   ZEL_ASSERT( quantum >= 0 );
+   if ( !( quantum >= 0 ) ) {
+      Zel::throwRangeException( "Quen::Task::taskQuantum < 0 not allowed" );
+   }
    quantum_ = quantum;
 }
 

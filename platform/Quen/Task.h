@@ -69,7 +69,7 @@ class ZEL_EXPORT Task : public Zel::PtrInterface {
 
    /// How long one run may take before taskShouldYield() says yes.
    Zel::Seconds taskQuantum() const { return quantum_; }
-   /// Requires: `quantum` is not negative (asserted).
+   /// Throws Zel::RangeException "Quen::Task::taskQuantum < 0 not allowed".
    void taskQuantumIs( Zel::Seconds quantum );
 
    /// Asks for a run. Allocates nothing.

@@ -5,16 +5,10 @@
 
 #include <chrono>
 
-#include "Zel/Assert.h"
+#include "Zel/Exception.h"
 #include "Zel/NewEntity.h"
 
 namespace Zel {
-namespace {
-
-constexpr char zelSourceTag[] = "Zel/Clock";
-
-}   // namespace
-
 Clock::~Clock() {
    zelDoZombieReactors( true );
 }
@@ -39,7 +33,9 @@ ManualClock::ManualClockIs() {
 
 void
 ManualClock::advance( Seconds span ) {
-   ZEL_ASSERT( span >= 0 );
+   if ( !( span >= 0 ) ) {
+      throwRangeException( "Zel::ManualClock::advance: span < 0 not allowed" );
+   }
    now_ += span;
 }
 

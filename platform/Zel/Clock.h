@@ -47,7 +47,7 @@ class ZEL_EXPORT ManualClock : public Clock {
    static constexpr const char* zelTypeName = "Zel::ManualClock";
    static Ptr< ManualClock > ManualClockIs();
    Seconds now() const override { return now_; }
-   /// Requires: `span` is not negative (asserted).
+   /// Throws RangeException "Zel::ManualClock::advance: span < 0 not allowed".
    void advance( Seconds span );
    TypeHandle fwkType() const override;
 

@@ -81,8 +81,17 @@ requireArguments( const Name& name, std::span< const char* const > types,
 
 void
 requireObject( View object ) {
-   if ( !object.object ) {
+   if ( !object.type || !object.object ) {
       throw TypeException( "there is no object: null " + nameOf( object.type ) );
+   }
+}
+
+// A view may lead down to a type that the entity is not.
+void
+requireEntityOfItsType( View object ) {
+   const TypeHandle actual = static_cast< const PtrInterface* >( object.object )->fwkType();
+   if ( actual && !zelDerives( actual, object.type ) ) {
+      throw TypeException( "a " + nameOf( actual ) + " is no " + nameOf( object.type ) );
    }
 }
 
@@ -118,6 +127,8 @@ wholeValueOp( Value& result, View object, unsigned operation, std::span< const V
 struct FoundAttribute {
    TypeHandle type;
    const AttributeRecord* row = nullptr;
+   /// The object under that type.
+   View object{};
 };
 
 template < class Member, class Wanted >
@@ -136,11 +147,12 @@ find( TypeHandle type, Member member, const Wanted& wanted ) {
 FoundAttribute
 requireAttribute( View object, std::string_view name ) {
    requireObject( object );
-   const FoundAttribute found = find( object.type, &AttributeRecord::name, name );
+   FoundAttribute found = find( object.type, &AttributeRecord::name, name );
    if ( !found.row ) {
       throw TypeException( nameOf( object.type ) + " has no attribute \"" + std::string( name ) +
                            "\"" );
    }
+   found.object = zelViewAs( object, found.type );
    return found;
 }
 
@@ -160,6 +172,9 @@ genericIfAttributeOp( Value& result, View object, AttributeId attribute, unsigne
    if ( row == type.attributes.end() ) {
       return kNoAttribute;
    }
+   if ( type.kind == TypeKind::Entity ) {
+      requireEntityOfItsType( object );
+   }
    const Operation& found = zelOperation( *row, operation );
    if ( !found.invoke ) {
       return kUnsupported;
@@ -175,7 +190,7 @@ zelAttribute( View object, std::string_view attribute, OpCode operation,
               std::span< const Value > arguments ) {
    const FoundAttribute found = requireAttribute( object, attribute );
    Value result;
-   if ( genericIfAttributeOp( result, zelViewAs( object, found.type ), found.row->id,
+   if ( genericIfAttributeOp( result, found.object, found.row->id,
                               static_cast< unsigned >( operation ), arguments ) != kDone ) {
       throw TypeException( nameOf( found.type ) + "::" + found.row->name +
                            " does not support operation " +
@@ -197,7 +212,7 @@ zelIterate( View object, std::string_view attribute ) {
    if ( !found.row->iterate ) {
       throw TypeException( nameOf( found.type ) + "::" + found.row->name + " is no collection" );
    }
-   return found.row->iterate( object.object );
+   return found.row->iterate( found.object.object );
 }
 
 const AttributeRecord*
@@ -259,12 +274,18 @@ zelRequireType( View object, const char* type ) {
    }
 }
 
+const ValueHooks&
+zelRequireValue( View value ) {
+   const ValueHooks* hooks = requireRecord( value.type ).hooks;
+   if ( !hooks || !value.object ) {
+      throw TypeException( "there is no value: " + nameOf( value.type ) );
+   }
+   return *hooks;
+}
+
 String
 zelStrep( View value ) {
-   if ( !value.type || !value.type.record()->hooks ) {
-      throw TypeException( nameOf( value.type ) + " has no string form" );
-   }
-   return value.type.record()->hooks->strep( value.object );
+   return zelRequireValue( value ).strep( value.object );
 }
 
 Value

@@ -17,6 +17,7 @@
 // Threads     As the types themselves: one.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <span>
@@ -51,7 +52,8 @@ enum GenericIfResult : int {
 
 /// Attribute 0 is the whole value. Only attributes of exactly `object.type` are looked at.
 /// `result` is written only by operations that yield something. Anything but kDone means that
-/// nothing was called or changed. Throws TypeException for a null object.
+/// nothing was called or changed. Throws TypeException for a null object, and for an entity that is
+/// not of the type under which it is viewed.
 ZEL_EXPORT int genericIfAttributeOp( Value& result, View object, AttributeId attribute,
                                      unsigned operation, std::span< const Value > arguments );
 
@@ -85,7 +87,9 @@ ZEL_EXPORT View zelViewAs( View object, TypeHandle type );
 /// polymorphic or neither.
 ZEL_EXPORT void zelRequireType( View object, const char* type );
 
-/// A value's string form. Throws TypeException for a type that has none, such as an entity.
+/// What can be done with the viewed value. Throws TypeException unless there is one, of a value type.
+ZEL_EXPORT const ValueHooks& zelRequireValue( View value );
+/// A value's string form. Throws TypeException for what has none, such as an entity or nothing.
 ZEL_EXPORT String zelStrep( View value );
 /// The value that the whole text stands for; throws what the type's parsing throws.
 ZEL_EXPORT Value zelParse( TypeHandle type, std::string_view text );

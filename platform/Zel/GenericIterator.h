@@ -20,6 +20,7 @@ class ZEL_EXPORT GenericIterator {
 
    /// Whether it stands on an element, be it one that is gone.
    virtual explicit operator bool() const = 0;
+   /// Requires, as object() and advance(): it stands on an element (asserted).
    virtual Value key() const = 0;
    /// The element's value, flag or entity.
    virtual Value object() const = 0;

@@ -11,7 +11,7 @@
 //            meanwhile; a key that was deleted and comes again comes last (first in, first out).
 // Cost       find, insert, unlink, advance: O(1) on average.
 // Iterators  Usable after any change, their own element's deletion included (StdIterator.h).
-// Threads    One thread, no locks.
+// Threads    One thread, no locks; that goes for look-ups too, which remember what they found.
 #pragma once
 
 #include <cstdint>
@@ -62,6 +62,7 @@ class HashMap2018 {
    using Iterator = StdIterator< HashMap2018 >;
 
    HashMap2018() : table_( hashSeed() ^ SeedConstant ) {}
+   ~HashMap2018() { deleteAll(); }
 
    std::uint32_t size() const { return table_.size(); }
    bool empty() const { return table_.size() == 0; }
@@ -114,8 +115,10 @@ class HashMap2018 {
       return at && at->linked() ? unlink( *at ) : nullptr;
    }
    void deleteAll() {
-      lastFound_ = nullptr;
-      table_.clear();
+      // One by one: what runs when a node goes may look others up.
+      while ( const HashNode* node = table_.first() ) {
+         unlink( *typed( node ) );
+      }
    }
 
    /// The element behind `node`, which may be gone; null behind the last. For StdIterator.

@@ -6,9 +6,9 @@
 // Shape      Up to kMostFew nodes stand in a sorted array, found by halving it. More stand in a trie
 //            (Zel/KeyTrie.h).
 // Ownership  Holds one reference to each stored node.
-// Memory     10 bytes a node in the array, which doubles; the trie's pages go back when
-//            kMostFew / 2 nodes are left.
-// Cost       All O(1), counting the at most kMostFew moves in the array as such.
+// Memory     10 bytes a node in the array, which doubles and keeps its room until trim(); the trie's
+//            pages go back when kMostFew / 2 nodes are left.
+// Cost       One node: O(1), counting the at most kMostFew moves in the array as such. All: O(n).
 // Throws     std::bad_alloc from reserve() and insertOrFind(), with nothing changed.
 // Threads    One thread, no locks.
 #pragma once
@@ -92,6 +92,12 @@ class ZEL_EXPORT KeyIndex {
    /// Takes out the node at `place`; null when there is none.
    Ptr< SmallKeyNode > take( Place place );
    void clear();
+   /// Gives the memory of an empty index back, and what was reserved in it.
+   void trim() {
+      if ( size_ == 0 ) {
+         few_ = {};
+      }
+   }
    /// A node was taken out and inserted again where it stood.
    void replaced() { changes_ += 2; }
 
@@ -134,7 +140,7 @@ class ZEL_EXPORT KeyIndex {
          return index < size && places[ index ] == place ? nodes[ index ] : nullptr;
       }
       void grow();
-      /// Requires: `nodesInAll` is more than there is room for.
+      /// Requires: `nodesInAll` is not less than `size`.
       void roomIs( std::uint32_t nodesInAll );
       /// Requires: room for one more.
       void insertAt( std::size_t index, Place place, SmallKeyNode* node );

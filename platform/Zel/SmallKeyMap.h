@@ -84,6 +84,8 @@ class SmallKeyMap {
       return at && at->linked() ? del( at->key() ) : nullptr;
    }
    void deleteAll() { index_.clear(); }
+   /// Gives the memory of an empty map back, and what was reserved in it.
+   void trim() { index_.trim(); }
 
    /// Calls `visit` with each node in order. Requires: `visit` does not change the map.
    template < class Visit >

@@ -13,13 +13,14 @@
 //                          | was (stale)       | follows where it stood            |
 //   no element (the end)   | asserts "iter_"   | asserts "iter_"                   | false
 //
-// What follows where: RbTreeMap by the map's order, HashMap2018 by the order of insertion. An
+// What follows where: RbTreeMap and SmallKeyMap by the map's order, HashMap2018 by the order of
+// insertion. An
 // element that is stored during the whole walk is met exactly once, one that goes before it is
 // reached is not met, one that comes during the walk is met if it stands behind the iterator.
 //
 // Ownership  Holds its node; the collection must outlive the iterator (hold its entity by Ptr).
 // Cost       ++ on a stored element O(1) amortised; on one that is gone O(log n) in RbTreeMap,
-//            O(1) amortised in HashMap2018.
+//            O(1) in SmallKeyMap, O(1) amortised in HashMap2018.
 #pragma once
 
 #include <iterator>

@@ -71,7 +71,8 @@ unpack( const Value& argument ) {
    }
 }
 
-/// A function as an operation: unpacks, calls, packs what comes back.
+/// A function as an operation: unpacks, calls, packs what comes back. What the result needs is made
+/// before the call, so that an answer is not lost when memory runs out.
 template < class Result, class... Parameters, class Function >
 void
 call( const Function& function, const Value* arguments, Value& result ) {
@@ -79,7 +80,9 @@ call( const Function& function, const Value* arguments, Value& result ) {
       if constexpr ( std::is_void_v< Result > ) {
          function( unpack< Parameters >( arguments[ I ] )... );
       } else {
-         result.valueIs( function( unpack< Parameters >( arguments[ I ] )... ) );
+         Value answer = Value::room< Result >();
+         answer.fill( function( unpack< Parameters >( arguments[ I ] )... ) );
+         result = std::move( answer );
       }
    }
    ( std::index_sequence_for< Parameters... >() );
@@ -165,9 +168,9 @@ class Collection {
    }
    static void del( const void* object, const Value* arguments, Value& result ) {
       const Key key = unpack< Key >( arguments[ 0 ] );
-      const bool present = in( object ).findNode( key ) != nullptr;
+      Value present = Value::of( in( object ).findNode( key ) != nullptr );
       ( objectAs< Entity >( object ).*Del )( key );
-      result.valueIs( present );
+      result = std::move( present );
    }
    static void size( const void* object, const Value*, Value& result ) {
       result.valueIs( in( object ).size() );

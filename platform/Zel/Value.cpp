@@ -19,10 +19,10 @@ zelTypeOf( std::string_view name ) {
    throw TypeException( "no type is registered as \"" + std::string( name ) + "\"" );
 }
 
-Value::Value( View value )
-    : type_( value.type ),
-      storage_( value.type.record()->hooks->copy( value.object ),
-                Destroy{ value.type.record()->hooks } ) {}
+Value::Value( View value ) : Value( value, zelRequireValue( value ) ) {}
+
+Value::Value( View value, const ValueHooks& hooks )
+    : type_( value.type ), storage_( hooks.copy( value.object ), Destroy{ &hooks } ) {}
 
 Value::Value( TypeHandle declared, Ptr< PtrInterface > entity )
     : type_( entity && entity->fwkType() ? entity->fwkType() : declared ),

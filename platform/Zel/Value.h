@@ -10,6 +10,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 #include <type_traits>
 
 #include "Zel/Export.h"
@@ -32,7 +33,8 @@ struct View {
 class ZEL_EXPORT Value {
  public:
    Value() = default;
-   /// A copy of the value that `value` views. Requires: it is of a value type.
+   /// A copy of the value that `value` views. Throws TypeException unless there is one, of a value
+   /// type.
    explicit Value( View value );
    /// An entity under its own registered type; a null pointer, and an entity without one, under
    /// `declared`.
@@ -53,6 +55,21 @@ class ZEL_EXPORT Value {
    template < class T >
    void valueIs( const Ptr< T >& entity ) {
       entityIs( typeName< T >, const_cast< std::remove_const_t< T >* >( entity.get() ) );
+   }
+
+   /// Room for what fill() will bring: a default value or a null pointer.
+   template < class T >
+   static Value room() {
+      return of( std::remove_cvref_t< T >() );
+   }
+   /// Requires: this is room for a T. Copies the value, or refers to the entity.
+   template < class T >
+   void fill( const T& value ) {
+      *static_cast< T* >( storage_.get() ) = value;
+   }
+   template < class T >
+   void fill( const Ptr< T >& entity ) noexcept {
+      *this = Value( type_, const_cast< std::remove_const_t< T >* >( entity.get() ) );
    }
 
    Value( const Value& other );
@@ -84,6 +101,7 @@ class ZEL_EXPORT Value {
       void operator()( void* storage ) const noexcept { hooks->destroy( storage ); }
    };
 
+   Value( View value, const ValueHooks& hooks );
    // Out of line, since every row of every table gets here.
    void valueIs( const char* type, const void* value );
    void entityIs( const char* type, PtrInterface* entity );

@@ -152,9 +152,11 @@ const std::vector< Refused > kRefused{
      "acsd.portToLag takes ( key: Corvel::IntfId ), 0 given" },
    { "delOfAnAgentsRoot", "del ranges",
      "ranges belongs to the agent; only what `new` made can be deleted" },
+   { "valueOutOfRange", "set codef.task.taskQuantum -1",
+     "codef.task.taskQuantum: Quen::Task::taskQuantum < 0 not allowed" },
    // call
    { "callOfAMethodThatIsNotCallable", "call sm.vlanRangeMgr.deleteVlanFromRange 7 10 x",
-     "sm.vlanRangeMgr.deleteVlanFromRange is a method: no call; it supports: none" },
+     "sm.vlanRangeMgr.deleteVlanFromRange is described only; generic access does not call it" },
    { "callOfAField", "call codef.initialized",
      "codef.initialized is a settable value: no call; it supports: get, set" },
    { "callWithTooFewArguments", "call sm.vlanRangeMgr.addVlanToIdx 7 11",

@@ -241,6 +241,20 @@ TEST_F( ScaleSlaveSmHookTest, AStateMachineDroppedByAScheduleReactorIsNotTouched
    EXPECT_EQ( index(), "7: 100-100 - / 100\n" );
 }
 
+TEST_F( ScaleSlaveSmHookTest, TheIngressHooksSayThatThereIsNoManager ) {
+   ingressIs( config( 100, 'M' ) );
+   const auto without = newSm();
+   for ( const auto hook : { &Sm::doAddIngressVlanMapping, &Sm::doDelIngressVlanMapping } ) {
+      try {
+         ( *without.*hook )( key( 100 ) );
+         FAIL() << "nothing was thrown";
+      } catch ( const Zel::Exception& error ) {
+         EXPECT_STREQ( error.what(), "VlanMappingScaleSlaveSm has no vlanRangeMgr" );
+      }
+   }
+   EXPECT_EQ( schedule(), "" );
+}
+
 class ScaleSlaveSmTraceTest : public ScaleSlaveSmTest {
  protected:
    template < class Act >

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Zel/Exception.h"
 #include "tests/unit/Quen/SchedulerFixture.h"
 
 namespace {
@@ -189,9 +190,15 @@ TEST_F( TaskDeathTest, WithoutASchedulerAborts ) {
                  "Quen/Task:[0-9]+: .*: Assertion `scheduler_' failed\\." );
 }
 
-TEST_F( TaskDeathTest, ANegativeQuantumAborts ) {
-   EXPECT_DEATH( task_.taskQuantumIs( -0.1 ),
-                 "Quen/Task:[0-9]+: .*: Assertion `quantum >= 0' failed\\." );
+TEST_F( TaskTest, ANegativeQuantumIsRefused ) {
+   const Zel::Seconds before = task_.taskQuantum();
+   try {
+      task_.taskQuantumIs( -0.1 );
+      FAIL() << "nothing was thrown";
+   } catch ( const Zel::RangeException& error ) {
+      EXPECT_STREQ( error.what(), "Quen::Task::taskQuantum < 0 not allowed" );
+   }
+   EXPECT_EQ( task_.taskQuantum(), before );
 }
 
 }   // namespace

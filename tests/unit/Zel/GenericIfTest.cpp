@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "Zel/Clock.h"
 #include "Zel/Exception.h"
 #include "tests/support/NoneLeftTest.h"
 #include "tests/unit/Zel/Shapes.h"
@@ -81,6 +82,33 @@ TEST_F( GenericIfTest, WhatIsNotThereIsATypeError ) {
               "Shapes::Square::grow takes a uint32_t as argument 1, nothing given" );
    EXPECT_EQ( typeError( [] { Zel::zelConstruct( {}, {} ); } ), "there is no type" );
    EXPECT_EQ( typeError( [] { Zel::zelParse( Zel::TypeHandle(), "1" ); } ), "there is no type" );
+}
+
+TEST_F( GenericIfTest, WhatIsNoValueHasNoStringFormAndNoCopy ) {
+   const bool yes = true;
+   const Value object = square( 5 );
+   EXPECT_EQ( typeError( [ & ] { Zel::zelStrep( { {}, &yes } ); } ), "there is no type" );
+   EXPECT_EQ( typeError( [] {
+                 Zel::zelStrep( { type( "bool" ), nullptr } );
+              } ),
+              "there is no value: bool" );
+   EXPECT_EQ( typeError( [] { Value( Zel::View{} ); } ), "there is no type" );
+   EXPECT_EQ( typeError( [ & ] { Value( Zel::View( object ) ); } ),
+              "there is no value: Shapes::Square" );
+   Value result;
+   EXPECT_EQ( typeError( [ & ] {
+                 Zel::genericIfAttributeOp( result, { {}, &yes }, 2, 0, {} );
+              } ),
+              "there is no object: null nothing" );
+}
+
+TEST_F( GenericIfTest, AnEntityViewedAsATypeThatItIsNotIsATypeError ) {
+   const Value clock = Value::of( Zel::manualClockFactory() );
+   const Zel::View base = Zel::zelViewAs( clock, type( "Zel::PtrInterface" ) );
+   const Zel::View wrong = Zel::zelViewAs( base, type( "Shapes::Square" ) );
+   Value result;
+   EXPECT_EQ( typeError( [ & ] { Zel::genericIfAttributeOp( result, wrong, 386, 0, {} ); } ),
+              "a Zel::ManualClock is no Shapes::Square" );
 }
 
 TEST_F( GenericIfTest, CodesThatMeanNothingAreUnsupported ) {
@@ -262,7 +290,7 @@ TEST_F( GenericTypesTest, StringFormsArePrintedAndTheWholeTextIsRead ) {
    EXPECT_THROW( Zel::zelParse( "Shapes::Point", "3/4 " ), Zel::ParseException );
    EXPECT_THROW( Zel::zelParse( "Shapes::Point", "3" ), Zel::ParseException );
    EXPECT_EQ( typeError( [] { Zel::zelStrep( square( 5 ) ); } ),
-              "Shapes::Square has no string form" );
+              "there is no value: Shapes::Square" );
    EXPECT_EQ( typeError( [] { Zel::zelParse( "Shapes::Square", "5" ); } ),
               "Shapes::Square has no string form" );
    EXPECT_THROW( Zel::zelStrep( Value() ), Zel::TypeException );

@@ -246,6 +246,42 @@ TEST_F( HashMap2018Test, AMapOfEntitiesReadsTheKeyFromTheEntityAndOwnsAReference
    EXPECT_EQ( port->zelReferences(), 1 );
 }
 
+// Looks its neighbour up when it goes.
+class CuriousNode : public Zel::HashNode {
+ public:
+   static constexpr const char* zelTypeName = "HashMap2018Test::CuriousNode";
+   using Map = Zel::HashMap2018< CuriousNode, 1 >;
+   const std::uint32_t& key() const { return key_; }
+
+ protected:
+   CuriousNode( std::uint32_t key, const Map& map ) : key_( key ), map_( map ) {}
+   ~CuriousNode() override { map_.contains( key_ + 1 ); }
+
+ private:
+   const std::uint32_t key_;
+   const Map& map_;
+};
+
+TEST_F( HashMap2018Test, RemembersNoElementThatWentWhileAllWereDeleted ) {
+   CuriousNode::Map map;
+   for ( std::uint32_t key = 1; key <= 3; ++key ) {
+      map.insert( Zel::newEntity< CuriousNode >( key, map ) );
+   }
+   map.deleteAll();
+   for ( std::uint32_t key = 1; key <= 4; ++key ) {
+      EXPECT_FALSE( map.contains( key ) ) << key;
+   }
+}
+
+TEST_F( HashMap2018Test, RemembersNoElementThatWasDeleted ) {
+   map_.is( 5, 50 );
+   EXPECT_TRUE( map_.contains( 5 ) );
+   map_.del( 5u );
+   EXPECT_FALSE( map_.contains( 5 ) );
+   map_.is( 5, 51 );
+   EXPECT_EQ( map_.findNode( 5 )->value(), 51 );
+}
+
 TEST_F( HashMap2018DeathTest, InsertionOfAStoredKeyAborts ) {
    map_.is( 5, 50 );
    EXPECT_DEATH( map_.insert( Zel::newEntity< Hashed::Node >( 5u, 51 ) ),

@@ -183,6 +183,18 @@ TEST_F( SmallKeyMapTest, APlaceStaysReservedWhileOthersAreDeleted ) {
    EXPECT_EQ( ascending_.show(), "60000=1" );
 }
 
+TEST_F( SmallKeyMapTest, TrimmingGivesTheMemoryOfAnEmptyMapBackAndNoOther ) {
+   ascending_.is( 5, 1 );
+   ascending_.trim();
+   EXPECT_EQ( ascending_.show(), "5=1" );
+   ascending_.erase( 5 );
+   ascending_.trim();
+   const auto node = Zel::newEntity< SmallAscending::Node >( Small{ 5 }, 2 );
+   EXPECT_FALSE( doneWithoutMemory( [ & ] { ascending_.insert( node ); } ) );
+   ascending_.insert( node );
+   EXPECT_EQ( ascending_.show(), "5=2" );
+}
+
 TEST_F( SmallKeyMapTest, DeletionNeedsNoMemory ) {
    const std::uint32_t keys = Zel::KeyIndex::kMostFew + 1;
    fill( keys );
