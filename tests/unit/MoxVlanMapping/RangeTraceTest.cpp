@@ -64,6 +64,30 @@ class RangeTraceTest : public RangeMgrTest {
    }
 };
 
+// Who reads the trace may take the entry away: each test then finds the one that is there, and the
+// call goes on with the entry that it began with.
+TEST_F( RangeTraceTest, EachTestLooksTheEntryUpForItself ) {
+   given( "10-12 M" );
+   const Zel::Ptr< MoxVlanMapping::VlanRangeEntry > begunWith = dir_->vlanRangeEntryIs( kPort );
+   std::string lines;
+   Zel::traceSinkIs( [ & ]( const Zel::TraceLine& line ) {
+      if ( lines.empty() && line.text.starts_with( "isVidAndDot1qInLowerBoundRange" ) ) {
+         dir_->vlanRangeEntryDel( kPort );
+      }
+      if ( line.text.starts_with( "isVid" ) ) {
+         lines += std::string( line.text ) + "\n";
+      }
+   } );
+   Zel::traceLevelsIs( "MoxVlanRangeMgr/9" );
+   add( 11, M );
+   Zel::traceLevelsIs( "MoxVlanRangeMgr/" );
+   Zel::traceSinkIs( {} );
+   EXPECT_EQ( lines.find( "lBoundRange" ), std::string::npos ) << lines;
+   EXPECT_NE( lines.find( "lower bound iterator empty" ), std::string::npos ) << lines;
+   EXPECT_EQ( TestSupport::rangesText( *begunWith ), "10-12 M, 11-11 M" );
+   EXPECT_EQ( ranges(), "" );
+}
+
 TEST_F( RangeTraceTest, UpperBoundTestShowsArgumentsAndRange ) {
    given( "10-12 M, 14-20 M" );
    EXPECT_EQ( traced( "*", [ & ] { inUpper( 13, M ); } ),
