@@ -78,7 +78,7 @@ class Surroundings {
    VlanId vid() const { return vid_; }
 
    /// The lowest id of the range that starts at or above the id, or kNone.
-   std::uint32_t upperLow( const VlanRangeEntry& entry ) {
+   std::uint32_t upperLow( const VlanRangeEntry& entry ) const {
       if ( !upperKnown_ ) {
          upperLow_ = entry.vlanIdRange().placeOrNext( vid_ );
          upperKnown_ = true;
@@ -86,7 +86,7 @@ class Surroundings {
       return upperLow_;
    }
    /// The element of that range, or null.
-   RangeElement* upper( const VlanRangeEntry& entry ) {
+   RangeElement* upper( const VlanRangeEntry& entry ) const {
       const std::uint32_t low = upperLow( entry );
       return low == kNone ? nullptr
                           : entry.vlanIdRange().findNode(
@@ -94,7 +94,7 @@ class Surroundings {
    }
 
    /// The start at or below the id, which is the start of the only range that can hold it, or kNone.
-   std::uint32_t lowerStart( const VlanRangeEntry& entry ) {
+   std::uint32_t lowerStart( const VlanRangeEntry& entry ) const {
       if ( !lowerKnown_ ) {
          const auto& starts = entry.revSortedStartVid();
          const std::uint32_t place = starts.placeOrNext( ReverseStartIdVlanId( vid_.value() ) );
@@ -136,57 +136,68 @@ class Surroundings {
    static constexpr VlanRangeXlateMapping kNoRange{};
 
    const VlanId vid_;
-   bool upperKnown_ = false;
-   bool lowerKnown_ = false;
-   std::uint32_t upperLow_ = kNone;
-   std::uint32_t lowerStart_ = kNone;
-   RangeElement* lowerElement_ = nullptr;
+   // What was found, once it was asked for.
+   mutable bool upperKnown_ = false;
+   mutable bool lowerKnown_ = false;
+   mutable std::uint32_t upperLow_ = kNone;
+   mutable std::uint32_t lowerStart_ = kNone;
+   mutable RangeElement* lowerElement_ = nullptr;
 };
 
-// The two bound tests. When they are traced, every test looks up and searches for itself: whoever
-// reads the lines may change the index between two of them.
-bool
-isVidAndDot1qInUpperBoundRange( EntryOf& entry, Surroundings& around, VlanXlateMapping mapping ) {
-   if ( !trace.anyEnabled() ) {
-      return around.upperLow( entry.get() ) == around.vid().value() &&
-             matches( around.upper( entry.get() )->value(), around.vid(), mapping );
-   }
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-              " intfId: ", entry.intfId(), " inVlanId: ", around.vid(), " mapping: ", mapping );
-   const Zel::Ptr< VlanRangeEntry > present = entry.anew();
-   const RangeElement* element = Surroundings( around.vid() ).upper( *present );
-   if ( !element ) {
-      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-                 " upper bound iterator empty" );
-      return false;
-   }
-   const VlanRangeXlateMapping range = element->value();
-   // "uppper" is kept on purpose: the text is matched by those who read the traces.
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
-              " uppper bound Range: ", range );
-   return matches( range, around.vid(), mapping );
-}
+// The two bound tests of one mapping. When they are traced, every test looks up and searches for
+// itself: whoever reads the lines may change the index between two of them.
+class BoundTests {
+ public:
+   BoundTests( EntryOf& entry, VlanXlateMapping mapping ) : entry_( entry ), mapping_( mapping ) {}
 
-bool
-isVidAndDot1qInLowerBoundRange( EntryOf& entry, Surroundings& around, VlanXlateMapping mapping ) {
-   if ( !trace.anyEnabled() ) {
-      return around.lowerStart( entry.get() ) != Surroundings::kNone &&
-             matches( around.lowerRange(), around.vid(), mapping );
+   /// `around`: what the index holds around the id.
+   bool isVidAndDot1qInUpperBoundRange( const Surroundings& around ) {
+      if ( !trace.anyEnabled() ) {
+         return around.upperLow( entry_.get() ) == around.vid().value() &&
+                matches( around.upper( entry_.get() )->value(), around.vid(), mapping_ );
+      }
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                 " intfId: ", entry_.intfId(), " inVlanId: ", around.vid(),
+                 " mapping: ", mapping_ );
+      const Zel::Ptr< VlanRangeEntry > present = entry_.anew();
+      const RangeElement* element = Surroundings( around.vid() ).upper( *present );
+      if ( !element ) {
+         ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                    " upper bound iterator empty" );
+         return false;
+      }
+      const VlanRangeXlateMapping range = element->value();
+      // "uppper" is kept on purpose: the text is matched by those who read the traces.
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInUpperBoundRange",
+                 " uppper bound Range: ", range );
+      return matches( range, around.vid(), mapping_ );
    }
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
-              " intfId: ", entry.intfId(), " inVlanId: ", around.vid(), " mapping: ", mapping );
-   const Zel::Ptr< VlanRangeEntry > present = entry.anew();
-   Surroundings now( around.vid() );
-   if ( now.lowerStart( *present ) == Surroundings::kNone ) {
+
+   bool isVidAndDot1qInLowerBoundRange( const Surroundings& around ) {
+      if ( !trace.anyEnabled() ) {
+         return around.lowerStart( entry_.get() ) != Surroundings::kNone &&
+                matches( around.lowerRange(), around.vid(), mapping_ );
+      }
       ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
-                 " lower bound iterator empty" );
-      return false;
+                 " intfId: ", entry_.intfId(), " inVlanId: ", around.vid(),
+                 " mapping: ", mapping_ );
+      const Zel::Ptr< VlanRangeEntry > present = entry_.anew();
+      const Surroundings now( around.vid() );
+      if ( now.lowerStart( *present ) == Surroundings::kNone ) {
+         ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange",
+                    " lower bound iterator empty" );
+         return false;
+      }
+      const VlanRangeXlateMapping range = now.lowerRange();
+      ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
+                 range );
+      return matches( range, around.vid(), mapping_ );
    }
-   const VlanRangeXlateMapping range = now.lowerRange();
-   ZEL_TRACE( trace, kArguments, __LINE__, "isVidAndDot1qInLowerBoundRange", " lBoundRange  ",
-              range );
-   return matches( range, around.vid(), mapping );
-}
+
+ private:
+   EntryOf& entry_;
+   const VlanXlateMapping mapping_;
+};
 
 // Whether an element that a call deletes may be used again: nobody else may still look at it.
 bool
@@ -250,16 +261,16 @@ bool
 MoxVlanRangeMgr::isVidAndDot1qInUpperBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
-   Surroundings around( vid );
-   return MoxVlanMapping::isVidAndDot1qInUpperBoundRange( vlanRangeEntry, around, mapping );
+   return BoundTests( vlanRangeEntry, mapping )
+      .isVidAndDot1qInUpperBoundRange( Surroundings( vid ) );
 }
 
 bool
 MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
                                                  VlanXlateMapping mapping ) const {
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
-   Surroundings around( vid );
-   return MoxVlanMapping::isVidAndDot1qInLowerBoundRange( vlanRangeEntry, around, mapping );
+   return BoundTests( vlanRangeEntry, mapping )
+      .isVidAndDot1qInLowerBoundRange( Surroundings( vid ) );
 }
 
 // The assertions below name their variables in what they print; those names are kept on purpose.
@@ -269,19 +280,17 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
               " mapping: ", mapping );
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
    vlanRangeEntry.get();   // it is there when the first test is traced
-   Surroundings here( vid );
-   const auto inUpper = [ & ]( auto&& around ) {
-      return MoxVlanMapping::isVidAndDot1qInUpperBoundRange( vlanRangeEntry, around, mapping );
-   };
-   const auto inLower = [ & ]( auto&& around ) {
-      return MoxVlanMapping::isVidAndDot1qInLowerBoundRange( vlanRangeEntry, around, mapping );
-   };
-   if ( inLower( here ) || inUpper( here ) ) {
+   const Surroundings here( vid );
+   BoundTests tests( vlanRangeEntry, mapping );
+   if ( tests.isVidAndDot1qInLowerBoundRange( here ) ||
+        tests.isVidAndDot1qInUpperBoundRange( here ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " already present returning " );
       return;
    }
-   const bool joinsUpper = vid.value() < VlanId::kHighest && inUpper( here.above() );
-   const bool joinsLower = vid.value() != VlanId::kLowest && inLower( here.below() );
+   const bool joinsUpper =
+      vid.value() < VlanId::kHighest && tests.isVidAndDot1qInUpperBoundRange( here.above() );
+   const bool joinsLower =
+      vid.value() != VlanId::kLowest && tests.isVidAndDot1qInLowerBoundRange( here.below() );
 
    VlanId lowVid = vid;
    VlanId highVid = vid;
@@ -343,27 +352,22 @@ MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
    const VlanXlateMapping any;
    EntryOf vlanRangeEntry( *vlanRangeEntryDir_, intfId );
    vlanRangeEntry.get();   // it is there when the first test is traced
-   Surroundings here( vid );
-   const auto inUpper = [ & ]( auto&& around ) {
-      return MoxVlanMapping::isVidAndDot1qInUpperBoundRange( vlanRangeEntry, around, any );
-   };
-   const auto inLower = [ & ]( auto&& around ) {
-      return MoxVlanMapping::isVidAndDot1qInLowerBoundRange( vlanRangeEntry, around, any );
-   };
+   const Surroundings here( vid );
+   BoundTests tests( vlanRangeEntry, any );
    const bool traced = trace.anyEnabled();
-   const bool startsHere = inUpper( here );
-   if ( !startsHere && !inLower( here ) ) {
+   const bool startsHere = tests.isVidAndDot1qInUpperBoundRange( here );
+   if ( !startsHere && !tests.isVidAndDot1qInLowerBoundRange( here ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid not present in lower and upper bound range " );
       return;
    }
-   if ( traced ? inUpper( here ) : startsHere ) {
+   if ( traced ? tests.isVidAndDot1qInUpperBoundRange( here ) : startsHere ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in upper bound range " );
       const auto uBoundIter = here.upper( vlanRangeEntry.get() );
       ZEL_ASSERT( uBoundIter );
       deleteVlanFromRange( intfId, vid, uBoundIter->value() );
-   } else if ( !traced || inLower( here ) ) {
+   } else if ( !traced || tests.isVidAndDot1qInLowerBoundRange( here ) ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromIdx",
                  " vid present in lower bound range " );
       const bool lBoundIter = here.lowerStart( vlanRangeEntry.get() ) != Surroundings::kNone;

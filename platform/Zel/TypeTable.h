@@ -334,19 +334,18 @@ instantiatingPointer( AttributeId id, const char* name, const char* const ( &nam
 
 template < auto Get, auto Is >
 constexpr AttributeRecord
-settablePointer( AttributeId id, const char* name ) {
+settableValue( AttributeId id, const char* name ) {
    AttributeRecord row = field< Get >( id, name );
-   row.kind = AttributeKind::SettablePointer;
+   row.kind = AttributeKind::SettableValue;
    row.set = Detail::Callable< Is >::operation;
    return row;
 }
 
 template < auto Get, auto Is >
 constexpr AttributeRecord
-settableValue( AttributeId id, const char* name ) {
-   AttributeRecord row = field< Get >( id, name );
-   row.kind = AttributeKind::SettableValue;
-   row.set = Detail::Callable< Is >::operation;
+settablePointer( AttributeId id, const char* name ) {
+   AttributeRecord row = settableValue< Get, Is >( id, name );
+   row.kind = AttributeKind::SettablePointer;
    return row;
 }
 

@@ -38,6 +38,15 @@ class CodefLifeTest : public CodefTest {
              ( CodefMembers::schedule( *codef_ )->hasNotificationActive() ? "1" : "0" ) +
              ( CodefMembers::task( *codef_ )->hasNotificationActive() ? "1" : "0" );
    }
+   // Changes everything that it watches, and runs its task.
+   void expectNoReaction() {
+      changeAll();
+      EXPECT_EQ( waiting(), "2" );
+      EXPECT_FALSE( codef_->task()->scheduled() );
+      codef_->task()->scheduleTask();
+      scheduler_->runUntilIdle();
+      EXPECT_EQ( codef_->record(), "" );
+   }
    std::string zombies() const {
       return std::string( codef_->zelMarkedForDeletion() ? "1" : "0" ) +
              ( CodefMembers::acsd( *codef_ )->zelMarkedForDeletion() ? "1" : "0" ) +
@@ -62,12 +71,7 @@ TEST_F( CodefLifeTest, AnUnchangedActiveFlagIsNotPassedOn ) {
 
 TEST_F( CodefLifeTest, InactiveItReactsToNothing ) {
    codef_->hasNotificationActiveIs( false );
-   changeAll();
-   EXPECT_EQ( waiting(), "2" );
-   EXPECT_FALSE( codef_->task()->scheduled() );
-   codef_->task()->scheduleTask();
-   scheduler_->runUntilIdle();
-   EXPECT_EQ( codef_->record(), "" );
+   expectNoReaction();
    codef_->hasNotificationActiveIs( true );
    codef_->task()->scheduleTask();
    scheduler_->runUntilIdle();
@@ -99,12 +103,7 @@ TEST_F( CodefLifeTest, AnUnchangedZombieFlagIsNotPassedOn ) {
 
 TEST_F( CodefLifeTest, AZombieReactsToNothing ) {
    codef_->zelDoZombieReactors( true );
-   changeAll();
-   EXPECT_EQ( waiting(), "2" );
-   EXPECT_FALSE( codef_->task()->scheduled() );
-   codef_->task()->scheduleTask();
-   scheduler_->runUntilIdle();
-   EXPECT_EQ( codef_->record(), "" );
+   expectNoReaction();
 }
 
 TEST_F( CodefLifeTest, AZombieIsNotReachedPastTheNotifieeList ) {
