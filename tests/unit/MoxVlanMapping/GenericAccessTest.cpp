@@ -373,6 +373,24 @@ TEST_F( GenericCallTest, WrongArgumentsAreATypeErrorAndNothingIsCalled ) {
    EXPECT_EQ( state(), "" );
 }
 
+// The answer's memory is asked for before the member is gone.
+TEST_F( GenericAccess, ADeletionWhoseAnswerHasNoRoomIsNotMade ) {
+   const Value schedule = made( "VlanXlateScheduleDir" );
+   done( schedule, 130, kSet, { intf( 7 ), flag( true ) } );
+   const std::array< Value, 1 > key{ intf( 7 ) };
+   Value result;
+   try {
+      const TestSupport::OperatorNewHook refuse( [] { throw std::bad_alloc(); } );
+      Zel::genericIfAttributeOp( result, schedule, 130, kDelete, key );
+      FAIL() << "no memory was asked for";
+   } catch ( const std::bad_alloc& ) {
+      EXPECT_FALSE( result );
+   }
+   EXPECT_EQ( walk( schedule, "vlanXlateSchedule" ), "7: true" );
+   EXPECT_EQ( text( done( schedule, 130, kDelete, { intf( 7 ) } ) ), "true" );
+   EXPECT_EQ( walk( schedule, "vlanXlateSchedule" ), "" );
+}
+
 // Calls succeed while there are elements that were paid for before; the first that asks for memory
 // fails and leaves the index as the calls before it made it.
 TEST_F( GenericCallTest, ShortageOfMemoryPassesThroughWithTheIndexAsItWas ) {
