@@ -105,10 +105,10 @@ class ZEL_EXPORT ReverseStartIdVlanId {
    std::uint16_t value_ = 0;
 };
 
-/// Place in a Zel::SmallKeyMap: the highest start has the lowest.
+/// Place in a Zel::SmallKeyMap.
 constexpr std::uint16_t
 zelPlace( const ReverseStartIdVlanId& start ) {
-   return static_cast< std::uint16_t >( 0xffff - start.value() );
+   return start.value();
 }
 
 /// A bare number.

@@ -39,13 +39,6 @@ VlanRangeEntry::vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element ) {
    }
 }
 
-void
-VlanRangeEntry::vlanIdRangeReplace( ZelVlanIdRange& element, Bridging::VlanId highVid,
-                                    Bridging::VlanXlateMapping mapping ) {
-   element.valueIs( { element.key(), highVid, mapping } );
-   vlanIdRange_.replaced();
-}
-
 VlanRangeXlateMapping
 VlanRangeEntry::vlanIdRangeDel( Bridging::VlanId lowVid ) {
    const Zel::Ptr< ZelVlanIdRange > gone = vlanIdRange_.del( lowVid );

@@ -25,7 +25,7 @@
 namespace MoxVlanMapping {
 
 /// One interface's ranges, twice: by start id ascending with the whole range, and the start ids
-/// alone descending. Every operation on one element is O(1).
+/// alone descending. Every operation on one element is O(1) while both have the same starts.
 class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
  public:
    static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry";
@@ -68,8 +68,9 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
       bool value_;
    };
 
-   using VlanIdRangeMap = Zel::SmallKeyMap< ZelVlanIdRange >;
-   using RevSortedStartVidMap = Zel::SmallKeyMap< ZelRevSortedStartVid >;
+   using VlanIdRangeMap = Zel::SmallKeyMap< ZelVlanIdRange, Zel::KeyIndex::kFirst >;
+   using RevSortedStartVidMap =
+      Zel::SmallKeyMap< ZelRevSortedStartVid, Zel::KeyIndex::kSecond, Zel::KeyOrder::Descending >;
 
    Corvel::IntfId intfId() const { return intfId_; }
 
@@ -81,10 +82,6 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    /// The same with an element made beforehand. Cannot fail for want of memory behind
    /// vlanIdRangeReserve() of its key.
    void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
-   /// As deleting the element's range and inserting another with the same lowVid, in place.
-   /// Requires: `element` stands here and nobody else holds it.
-   void vlanIdRangeReplace( ZelVlanIdRange& element, Bridging::VlanId highVid,
-                            Bridging::VlanXlateMapping mapping );
    /// Makes room for one range; holds until another is inserted.
    void vlanIdRangeReserve( Bridging::VlanId lowVid ) { vlanIdRange_.reserve( lowVid ); }
    /// Returns the removed range; the default range when there was none.
@@ -110,10 +107,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    void revSortedStartVidDelAll() { revSortedStartVid_.deleteAll(); }
 
    /// Gives the memory of empty collections back, and what was reserved in them.
-   void trim() {
-      vlanIdRange_.trim();
-      revSortedStartVid_.trim();
-   }
+   void trim() { index_.trim(); }
 
    Zel::TypeHandle fwkType() const override;
 
@@ -122,9 +116,12 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    ~VlanRangeEntry() override;
 
  private:
+   friend class PairedRanges;
+
    const Corvel::IntfId intfId_;
-   VlanIdRangeMap vlanIdRange_;
-   RevSortedStartVidMap revSortedStartVid_;
+   Zel::KeyIndex index_;
+   VlanIdRangeMap vlanIdRange_{ index_ };
+   RevSortedStartVidMap revSortedStartVid_{ index_ };
 };
 
 struct VlanRangeEntryKeyFunktor {

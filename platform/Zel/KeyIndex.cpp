@@ -3,11 +3,7 @@
 //
 #include "Zel/KeyIndex.h"
 
-#include <algorithm>
-#include <functional>
 #include <new>
-#include <span>
-#include <utility>
 
 #include "Zel/Assert.h"
 
@@ -16,61 +12,55 @@ namespace {
 
 constexpr char zelSourceTag[] = "Zel/KeyIndex";
 
-constexpr std::uint32_t kFirstFew = 4;
-
 }   // namespace
 
 SmallKeyNode::~SmallKeyNode() {
    ZEL_ASSERT( !linked() );
 }
 
-void
-KeyIndex::Few::roomIs( std::uint32_t nodesInAll ) {
-   auto widerPlaces = std::make_unique_for_overwrite< Place[] >( nodesInAll );
-   auto widerNodes = std::make_unique_for_overwrite< SmallKeyNode*[] >( nodesInAll );
-   std::copy_n( places.get(), size, widerPlaces.get() );
-   std::copy_n( nodes.get(), size, widerNodes.get() );
-   places = std::move( widerPlaces );
-   nodes = std::move( widerNodes );
-   room = nodesInAll;
+KeyIndex::~KeyIndex() {
+   clear( kSecond );
+   clear( kFirst );
 }
 
-void
-KeyIndex::Few::grow() {
-   roomIs( std::clamp( 2 * room, kFirstFew, kMostFew ) );
-}
-
-void
-KeyIndex::Few::insertAt( std::size_t index, Place place, SmallKeyNode* node ) {
-   if ( index < size ) {
-      std::copy_backward( &places[ index ], &places[ size ], &places[ size + 1 ] );
-      std::copy_backward( &nodes[ index ], &nodes[ size ], &nodes[ size + 1 ] );
+// A place where the other collection alone has a node is passed over.
+KeyIndex::At
+KeyIndex::atOrAbove( Lane lane, KeyPlace place ) const {
+   At found = atOrAbove( place );
+   while ( found.value && !( *found.value )[ lane ] ) {
+      found = atOrAbove( found.place + 1 );
    }
-   places[ index ] = place;
-   nodes[ index ] = node;
-   ++size;
+   return found;
 }
 
-SmallKeyNode*
-KeyIndex::Few::takeAt( std::size_t index ) {
-   SmallKeyNode* const node = nodes[ index ];
-   --size;
-   if ( index < size ) {
-      std::copy( &places[ index + 1 ], &places[ size + 1 ], &places[ index ] );
-      std::copy( &nodes[ index + 1 ], &nodes[ size + 1 ], &nodes[ index ] );
+KeyIndex::At
+KeyIndex::atOrBelow( Lane lane, KeyPlace place ) const {
+   At found = atOrBelow( place );
+   while ( found.value && !( *found.value )[ lane ] ) {
+      found = found.place > 0 ? atOrBelow( found.place - 1 ) : At{};
    }
-   return node;
+   return found;
+}
+
+void
+KeyIndex::search( KeyPlace place ) const {
+   if ( trie_ ) {
+      trie_->around( place, last_ );
+   } else {
+      few_.around( place, last_ );
+   }
 }
 
 void
 KeyIndex::toTrie() {
    auto trie = std::make_unique< Trie >();
-   for ( std::uint32_t i = 0; i < few_.size; ++i ) {
-      trie->reserve( few_.places[ i ] );
-      trie->insert( few_.places[ i ], few_.nodes[ i ] );
-   }
+   few_.each( [ & ]( KeyPlace place, const Pair& pair ) {
+      trie->reserve( place );
+      trie->insert( place, pair );
+   } );
    trie_ = std::move( trie );
-   few_ = {};
+   few_.trim();
+   last_ = {};
 }
 
 // Keeps the trie when there is no memory for the array.
@@ -82,97 +72,169 @@ KeyIndex::toFew() noexcept {
       return;
    }
    trie_->each(
-      [ this ]( Place place, SmallKeyNode* node ) { few_.insertAt( few_.size, place, node ); } );
+      [ this ]( KeyPlace place, const Pair& pair ) { few_.insertAt( few_.size(), place, pair ); } );
    trie_.reset();
 }
 
-SmallKeyNode&
-KeyIndex::insertOrFind( Place place, SmallKeyNode& node ) {
-   ZEL_ASSERT( !node.linked() );
-   if ( !trie_ && size_ == kMostFew ) {
-      if ( SmallKeyNode* stored = few_.find( place ) ) {
-         return *stored;
-      }
-      toTrie();
-   }
-   if ( trie_ ) {
-      if ( SmallKeyNode* stored = trie_->reserve( place ) ) {
-         return *stored;
-      }
-      trie_->insert( place, &node );
-   } else {
-      const std::size_t index = few_.notBelow( place );
-      if ( index < few_.size && few_.places[ index ] == place ) {
-         return *few_.nodes[ index ];
-      }
-      reserve( place );
-      few_.insertAt( index, place, &node );
-   }
+void
+KeyIndex::link( Lane lane, SmallKeyNode& node ) {
    node.zelReferenceInc();
    node.word_.flagIs( ReferenceWord::kLinked, true );
-   ++size_;
-   ++changes_;
-   return node;
+   ++size_[ lane ];
+   ++changes_[ lane ];
 }
 
 Ptr< SmallKeyNode >
-KeyIndex::take( Place place ) {
-   SmallKeyNode* node = nullptr;
-   if ( trie_ ) {
-      node = trie_->take( place );
-   } else if ( const std::size_t index = few_.notBelow( place );
-               index < few_.size && few_.places[ index ] == place ) {
-      node = few_.takeAt( index );
-   }
-   if ( !node ) {
-      return nullptr;
-   }
+KeyIndex::unlink( Lane lane, SmallKeyNode* node ) {
    node->word_.flagIs( ReferenceWord::kLinked, false );
-   --size_;
-   ++changes_;
-   if ( trie_ && size_ <= kMostFew / 2 ) {
-      toFew();
-   }
+   --size_[ lane ];
+   ++changes_[ lane ];
    return { node, adoptReference };
 }
 
 void
-KeyIndex::clear() {
-   // Detached as a whole first: what runs when a node goes finds an empty index.
-   const Few few = std::exchange( few_, {} );
-   const std::unique_ptr< Trie > trie = std::move( trie_ );
-   changes_ += std::exchange( size_, 0 );
-   const auto release = []( SmallKeyNode* node ) {
-      node->word_.flagIs( ReferenceWord::kLinked, false );
-      const Ptr< SmallKeyNode > gone( node, adoptReference );
-   };
-   std::for_each_n( few.nodes.get(), few.size, release );
-   if ( trie ) {
-      trie->each( [ & ]( Place, SmallKeyNode* node ) { release( node ); } );
+KeyIndex::erase( At at ) {
+   last_ = {};
+   --places_;
+   if ( !trie_ ) {
+      few_.eraseAt( few_.indexOf( *at.value ) );
+      return;
+   }
+   trie_->erase( static_cast< KeyPlace >( at.place ) );
+   if ( places_ <= kMostFew / 2 ) {
+      toFew();
+   }
+}
+
+SmallKeyNode&
+KeyIndex::insertOrFind( Lane lane, KeyPlace place, SmallKeyNode& node ) {
+   ZEL_ASSERT( !node.linked() );
+   Pair* pair = find( place );
+   if ( !pair ) {
+      reserve( place );
+      last_ = {};
+      pair =
+         trie_ ? &trie_->insert( place, {} ) : &few_.insertAt( few_.notBelow( place ), place, {} );
+      ++places_;
+      ++unpaired_;
+   } else if ( SmallKeyNode* stored = ( *pair )[ lane ] ) {
+      return *stored;
+   } else {
+      --unpaired_;
+   }
+   ( *pair )[ lane ] = &node;
+   link( lane, node );
+   return node;
+}
+
+Ptr< SmallKeyNode >
+KeyIndex::take( Lane lane, KeyPlace place ) {
+   Pair* const pair = find( place );
+   SmallKeyNode* const node = pair ? ( *pair )[ lane ] : nullptr;
+   if ( !node ) {
+      return nullptr;
+   }
+   ( *pair )[ lane ] = nullptr;
+   if ( ( *pair )[ kFirst ] || ( *pair )[ kSecond ] ) {
+      ++unpaired_;
+   } else {
+      --unpaired_;
+      erase( { place, pair } );
+   }
+   return unlink( lane, node );
+}
+
+// One by one, for what runs when a node goes may look others up; downwards, so that an array moves
+// nothing.
+void
+KeyIndex::clear( Lane lane ) {
+   KeyPlace place = kHighest;
+   while ( size_[ lane ] != 0 ) {
+      const At found = atOrBelow( lane, place );
+      place = found.value ? static_cast< KeyPlace >( found.place ) : kHighest;
+      take( lane, place );
    }
 }
 
 void
-KeyIndex::verify( std::int32_t extraReferences ) const {
-   ZEL_ASSERT( !trie_ || few_.size == 0 );
-   ZEL_ASSERT( few_.size <= few_.room && few_.room <= kMostFew );
-   const std::span places( few_.places.get(), few_.size );
-   ZEL_ASSERT( std::ranges::adjacent_find( places, std::ranges::greater_equal() ) == places.end() );
+KeyIndex::insertPair( KeyPlace place, SmallKeyNode& first, SmallKeyNode& second ) {
+   ZEL_ASSERT( !first.linked() && !second.linked() );
+   reserve( place );
+   around( place );
+   const Pair pair{ &first, &second };
+   Pair* at = nullptr;
+   if ( trie_ ) {
+      at = &trie_->insert( place, pair );
+   } else {
+      Pair*& above = last_.above.value;
+      at = &few_.insertAt( above ? few_.indexOf( *above ) : few_.size(), place, pair );
+      above += above ? 1 : 0;
+   }
+   last_.below = { place, at };
+   ++places_;
+   link( kFirst, first );
+   link( kSecond, second );
+}
+
+void
+KeyIndex::takePair( At at ) {
+   const Pair pair = *at.value;
+   erase( at );
+   unlink( kFirst, pair[ kFirst ] );
+   unlink( kSecond, pair[ kSecond ] );
+}
+
+void
+KeyIndex::movePair( At from, KeyPlace to ) {
+   const bool isBelow = from.value == last_.below.value;
+   Pair* at = from.value;
+   if ( trie_ ) {
+      trie_->reserve( to );
+      const Pair pair = *from.value;
+      trie_->erase( static_cast< KeyPlace >( from.place ) );
+      at = &trie_->insert( to, pair );
+   } else {
+      few_.placeIs( few_.indexOf( *from.value ), to );
+   }
+   replaced( kFirst );
+   replaced( kSecond );
+   if ( isBelow ) {
+      last_.below = { to, at };
+   } else {
+      last_ = {};
+   }
+}
+
+void
+KeyIndex::verify( Lane lane, std::int32_t extraReferences ) const {
+   std::uint32_t places = 0;
+   std::uint32_t unpaired = 0;
    std::uint32_t nodes = 0;
    std::int32_t references = 0;
-   const auto count = [ & ]( const SmallKeyNode* node ) {
-      ZEL_ASSERT( node->linked() );
-      ++nodes;
-      references += node->zelReferences();
-   };
-   each( count );
-   if ( trie_ ) {
-      trie_->each( [ this ]( Place place, const SmallKeyNode* node ) {
-         ZEL_ASSERT( trie_->find( place ) == node );
-      } );
+   std::uint32_t lowest = 0;
+   eachPair( [ & ]( KeyPlace place, const Pair& pair ) {
+      ZEL_ASSERT( place >= lowest );
+      lowest = place + 1u;
+      ZEL_ASSERT( find( place ) == &pair );
+      ZEL_ASSERT( pair[ kFirst ] || pair[ kSecond ] );
+      ++places;
+      unpaired += pair[ kFirst ] && pair[ kSecond ] ? 0 : 1;
+      if ( const SmallKeyNode* node = pair[ lane ] ) {
+         ZEL_ASSERT( node->linked() );
+         ++nodes;
+         references += node->zelReferences();
+      }
+   } );
+   ZEL_ASSERT( places == places_ );
+   ZEL_ASSERT( unpaired == unpaired_ );
+   ZEL_ASSERT( nodes == size_[ lane ] );
+   ZEL_ASSERT( references == static_cast< std::int32_t >( nodes ) + extraReferences );
+   if ( last_.below.value ) {
+      const At below = atOrBelow( last_.below.place );
+      const At above = atOrAbove( last_.below.place + 1 );
+      ZEL_ASSERT( below.place == last_.below.place && below.value == last_.below.value );
+      ZEL_ASSERT( above.place == last_.above.place && above.value == last_.above.value );
    }
-   ZEL_ASSERT( nodes == size_ );
-   ZEL_ASSERT( references == static_cast< std::int32_t >( size_ ) + extraReferences );
 }
 
 }   // namespace Zel

@@ -1,24 +1,31 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// KeyIndex: nodes in order of 16-bit places; the inside of a SmallKeyMap.
+// KeyIndex: what two collections of nodes with 16-bit keys share; the inside of SmallKeyMap.
 //
-// Shape      Up to kMostFew nodes stand in a sorted array, found by halving it. More stand in a trie
+// At each place, the number of a key, stands a node of either collection or of both. While every
+// place carries both, as those who keep two collections in step see to, one search serves two and
+// one step changes both.
+//
+// Shape      Up to kMostFew places stand in a sorted array (Zel/KeyArray.h), more in a trie
 //            (Zel/KeyTrie.h).
 // Ownership  Holds one reference to each stored node.
-// Memory     10 bytes a node in the array, which doubles and keeps its room until trim(); the trie's
-//            pages go back when kMostFew / 2 nodes are left.
-// Cost       One node: O(1), counting the at most kMostFew moves in the array as such. All: O(n).
+// Memory     18 bytes a place in the array, which doubles and keeps its room until trim(); the
+//            trie's pages go back when kMostFew / 2 places are left.
+// Cost       One node: O(1), counting the at most kMostFew moves in the array as such, while both
+//            collections have the same places; up to O(n) while they do not. All: O(n).
 // Throws     std::bad_alloc from reserve() and insertOrFind(), with nothing changed.
-// Threads    One thread, no locks.
+// Threads    One thread, no locks; that goes for searches too, which remember what they found.
 #pragma once
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
 #include "Zel/Export.h"
+#include "Zel/KeyArray.h"
+#include "Zel/KeyPlace.h"
 #include "Zel/KeyTrie.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
@@ -42,119 +49,128 @@ class ZEL_EXPORT SmallKeyNode : public PtrInterface {
 
 class ZEL_EXPORT KeyIndex {
  public:
-   using Place = std::uint16_t;
+   /// Which of the two collections.
+   enum Lane : unsigned { kFirst, kSecond };
+   /// The nodes at one place, by lane; null where that collection has none.
+   using Pair = std::array< SmallKeyNode*, 2 >;
    static constexpr std::uint32_t kMostFew = 128;
-   static constexpr std::uint32_t kNoPlace = 0x10000;
+   static constexpr KeyPlace kHighest = 0xffff;
+   using At = KeyAt< Pair >;
+   using Around = KeyAround< Pair >;
 
    KeyIndex() = default;
-   ~KeyIndex() { clear(); }
+   ~KeyIndex();
    KeyIndex( const KeyIndex& ) = delete;
    KeyIndex& operator=( const KeyIndex& ) = delete;
 
-   std::uint32_t size() const { return size_; }
+   std::uint32_t size( Lane lane ) const { return size_[ lane ]; }
    /// Nodes ever inserted or unlinked; wraps.
-   std::uint32_t changes() const { return changes_; }
+   std::uint32_t changes( Lane lane ) const { return changes_[ lane ]; }
 
    /// The node at `place`, or null.
-   SmallKeyNode* find( Place place ) const {
-      return trie_ ? trie_->find( place ) : few_.find( place );
+   SmallKeyNode* find( Lane lane, KeyPlace place ) const {
+      const Pair* const pair = find( place );
+      return pair ? ( *pair )[ lane ] : nullptr;
    }
-   /// The first place of a node at or behind `place`; kNoPlace when there is none. Reads no node.
-   std::uint32_t placeOrNext( Place place ) const {
-      if ( trie_ ) {
-         return trie_->placeOrNext( place );
-      }
-      const std::size_t index = few_.notBelow( place );
-      return index < few_.size ? few_.places[ index ] : kNoPlace;
-   }
-   /// The node there. `place` may be kNoPlace.
-   SmallKeyNode* findOrNext( std::uint32_t place ) const {
-      const std::uint32_t found =
-         place < kNoPlace ? placeOrNext( static_cast< Place >( place ) ) : kNoPlace;
-      return found < kNoPlace ? find( static_cast< Place >( found ) ) : nullptr;
-   }
+   /// The lane's first node at or above `place`.
+   At atOrAbove( Lane lane, KeyPlace place ) const;
+   /// The lane's last node at or below `place`.
+   At atOrBelow( Lane lane, KeyPlace place ) const;
 
    /// Makes room for a node at `place` beside as many as stand here now; deletions that lie
    /// between do not matter.
-   void reserve( Place place ) {
-      if ( !trie_ && size_ == kMostFew ) {
+   void reserve( KeyPlace place ) {
+      if ( !trie_ && few_.size() == kMostFew ) {
          toTrie();
       }
       if ( trie_ ) {
          trie_->reserve( place );
-      } else if ( few_.size == few_.room ) {
+      } else if ( few_.full() ) {
          few_.grow();
+         last_ = {};
       }
    }
-   /// Inserts `node` unless another stands at `place`; returns the one that stands there then.
-   /// Requires: `node` stands in no map (asserted).
-   SmallKeyNode& insertOrFind( Place place, SmallKeyNode& node );
+   /// Inserts `node` unless another of its lane stands at `place`; returns the one that stands
+   /// there then. Requires: `node` stands in no map (asserted).
+   SmallKeyNode& insertOrFind( Lane lane, KeyPlace place, SmallKeyNode& node );
    /// Takes out the node at `place`; null when there is none.
-   Ptr< SmallKeyNode > take( Place place );
-   void clear();
+   Ptr< SmallKeyNode > take( Lane lane, KeyPlace place );
+   void clear( Lane lane );
    /// Gives the memory of an empty index back, and what was reserved in it.
    void trim() {
-      if ( size_ == 0 ) {
-         few_ = {};
+      if ( !trie_ && few_.size() == 0 ) {
+         few_.trim();
       }
    }
+
+   /// Whether every place carries a node of each lane. The functions below require it.
+   bool paired() const { return unpaired_ == 0; }
+
+   const Around& around( KeyPlace place ) const {
+      if ( place < last_.below.place || place >= last_.above.place ) {
+         search( place );
+      }
+      return last_;
+   }
+   /// Inserts a pair. Requires: nothing stands at `place`; the nodes stand in no map (asserted).
+   /// Throws std::bad_alloc, with nothing changed.
+   void insertPair( KeyPlace place, SmallKeyNode& first, SmallKeyNode& second );
+   void takePair( At at );
+   /// As taking a pair out and inserting it at `to`. Requires: nothing stands at `to` nor between.
+   /// Throws std::bad_alloc, with nothing changed.
+   void movePair( At from, KeyPlace to );
    /// A node was taken out and inserted again where it stood.
-   void replaced() { changes_ += 2; }
+   void replaced( Lane lane ) { changes_[ lane ] += 2; }
 
-   /// Calls `visit` with each node in order. Requires: `visit` does not change the index.
+   /// Calls `visit` with each node of a lane in order of places. Requires: `visit` does not change
+   /// the index.
    template < class Visit >
-   void each( const Visit& visit ) const {
-      std::for_each_n( few_.nodes.get(), few_.size, visit );
-      if ( trie_ ) {
-         trie_->each( [ & ]( Place, SmallKeyNode* node ) { visit( node ); } );
-      }
+   void each( Lane lane, const Visit& visit ) const {
+      eachPair( [ & ]( KeyPlace, const Pair& pair ) {
+         if ( pair[ lane ] ) {
+            visit( pair[ lane ] );
+         }
+      } );
    }
 
-   /// For tests: asserts the order of the array, the bits of the pages, the size, and that each
-   /// node has exactly one reference but for the `extraReferences` that iterators hold in total.
-   void verify( std::int32_t extraReferences ) const;
+   /// For tests: asserts the order, the sizes and what is in pairs, and that each node of the lane
+   /// has exactly one reference but for the `extraReferences` that iterators hold in total.
+   void verify( Lane lane, std::int32_t extraReferences ) const;
 
  private:
-   // The array: places and nodes side by side, so that a search reads the places alone.
-   struct Few {
-      std::unique_ptr< Place[] > places;
-      std::unique_ptr< SmallKeyNode*[] > nodes;
-      std::uint32_t size = 0;
-      std::uint32_t room = 0;
+   using Few = KeyArray< Pair >;
+   using Trie = KeyTrie< Pair >;
 
-      /// Index of the first place that is not below `place`.
-      std::size_t notBelow( Place place ) const {
-         // Steps by a mask, for no branch predictor knows the way down.
-         const Place* at = places.get();
-         std::size_t rest = size;
-         while ( rest > 1 ) {
-            const std::size_t half = rest / 2;
-            at += half & ( std::size_t{ 0 } - std::size_t{ at[ half - 1 ] < place } );
-            rest -= half;
-         }
-         const auto index = static_cast< std::size_t >( at - places.get() );
-         return rest == 1 && *at < place ? index + 1 : index;
-      }
-      SmallKeyNode* find( Place place ) const {
-         const std::size_t index = notBelow( place );
-         return index < size && places[ index ] == place ? nodes[ index ] : nullptr;
-      }
-      void grow();
-      /// Requires: `nodesInAll` is not less than `size`.
-      void roomIs( std::uint32_t nodesInAll );
-      /// Requires: room for one more.
-      void insertAt( std::size_t index, Place place, SmallKeyNode* node );
-      SmallKeyNode* takeAt( std::size_t index );
-   };
-   using Trie = KeyTrie< SmallKeyNode >;
-
+   Pair* find( KeyPlace place ) const { return trie_ ? trie_->find( place ) : few_.find( place ); }
+   At atOrAbove( std::uint32_t place ) const {
+      return trie_ ? trie_->atOrAbove( place ) : few_.atOrAbove( place );
+   }
+   At atOrBelow( std::uint32_t place ) const {
+      return trie_ ? trie_->atOrBelow( place ) : few_.atOrBelow( place );
+   }
+   void search( KeyPlace place ) const;
+   void erase( At at );
+   void link( Lane lane, SmallKeyNode& node );
+   Ptr< SmallKeyNode > unlink( Lane lane, SmallKeyNode* node );
    void toTrie();
    void toFew() noexcept;
 
+   template < class Visit >
+   void eachPair( const Visit& visit ) const {
+      few_.each( visit );
+      if ( trie_ ) {
+         trie_->each( visit );
+      }
+   }
+
    Few few_;
    std::unique_ptr< Trie > trie_;   // set while few_ is not in use
-   std::uint32_t size_ = 0;
-   std::uint32_t changes_ = 0;
+   std::uint32_t places_ = 0;
+   std::uint32_t unpaired_ = 0;   // places that carry one node
+   std::array< std::uint32_t, 2 > size_{};
+   std::array< std::uint32_t, 2 > changes_{};
+   // Changes come in runs of neighbouring places. No place lies in it before the first search.
+   mutable Around last_;
 };
 
 }   // namespace Zel

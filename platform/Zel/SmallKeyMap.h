@@ -3,12 +3,13 @@
 //
 // SmallKeyMap: ordered map of counted nodes whose keys are 16-bit numbers, such as VLAN ids.
 //
+// Index      One of the two collections of a KeyIndex, which outlives the map.
 // Node       Derives from SmallKeyNode and has key(); whatever else it holds is the value.
-// Key        Has zelPlace( key ) beside it: its place in the order, 16 bits; equal keys and no
-//            others have the same.
+// Key        Has zelPlace( key ) beside it, 16 bits; equal keys and no others have the same.
+// Order      By place, ascending or descending.
 // Ownership  The map holds one reference to each node that stands in it, an iterator one to its
 //            own. A node that is taken out lives on while somebody holds it.
-// Cost       O(1): find, insert, delete, advance (Zel/KeyIndex.h).
+// Cost       Find, insert, delete, advance: that of the index.
 // Iterators  Usable after any change, their own element's deletion included (StdIterator.h).
 // Throws     std::bad_alloc from reserve() and insert(), with nothing changed.
 // Asserts    insert of a key that is stored.
@@ -22,40 +23,40 @@
 
 #include "Zel/Assert.h"
 #include "Zel/KeyIndex.h"
+#include "Zel/KeyPlace.h"
 #include "Zel/Ptr.h"
 #include "Zel/StdIterator.h"
 
 namespace Zel {
 
-template < class NodeType >
+enum class KeyOrder { Ascending, Descending };
+
+template < class NodeType, KeyIndex::Lane lane, KeyOrder order = KeyOrder::Ascending >
 class SmallKeyMap {
  public:
    using Node = NodeType;
    using Key = std::remove_cvref_t< decltype( std::declval< const Node& >().key() ) >;
    using Iterator = StdIterator< SmallKeyMap >;
-   static constexpr std::uint32_t kNoPlace = KeyIndex::kNoPlace;
 
-   std::uint32_t size() const { return index_.size(); }
-   bool empty() const { return index_.size() == 0; }
+   explicit SmallKeyMap( KeyIndex& index ) : index_( index ) {}
+   ~SmallKeyMap() { deleteAll(); }
+   SmallKeyMap( const SmallKeyMap& ) = delete;
+   SmallKeyMap& operator=( const SmallKeyMap& ) = delete;
+
+   std::uint32_t size() const { return index_.size( lane ); }
+   bool empty() const { return size() == 0; }
    /// Elements ever inserted or deleted; wraps.
-   std::uint32_t changes() const { return index_.changes(); }
+   std::uint32_t changes() const { return index_.changes( lane ); }
 
-   Iterator first() const { return { *this, typed( index_.findOrNext( 0 ) ) }; }
+   Iterator first() const { return { *this, from( kAscends ? 0 : KeyIndex::kHighest ) }; }
    Iterator begin() const { return first(); }
    std::default_sentinel_t end() const { return {}; }
 
    /// The node of `key`, or null. No reference is taken: not to be kept across a change.
-   Node* findNode( const Key& key ) const { return typed( index_.find( zelPlace( key ) ) ); }
+   Node* findNode( const Key& key ) const { return typed( index_.find( lane, zelPlace( key ) ) ); }
    Iterator findElement( const Key& key ) const { return { *this, findNode( key ) }; }
-   /// The place of the element that equals `key`, else of the first behind it; kNoPlace when there is
-   /// none. Reads no element.
-   std::uint32_t placeOrNext( const Key& key ) const {
-      return index_.placeOrNext( zelPlace( key ) );
-   }
    /// The node that equals `key`, else the first behind it; null when there is none.
-   Node* findNodeOrNext( const Key& key ) const {
-      return typed( index_.findOrNext( zelPlace( key ) ) );
-   }
+   Node* findNodeOrNext( const Key& key ) const { return from( zelPlace( key ) ); }
    Iterator findElementOrNext( const Key& key ) const { return { *this, findNodeOrNext( key ) }; }
 
    /// Makes room for `key` beside as many elements as there are now: its insertion does not throw
@@ -68,14 +69,12 @@ class SmallKeyMap {
    }
    /// Inserts the node unless an element equals its key; returns the one that stands there then.
    Node& insertOrFind( const Ptr< Node >& node ) {
-      return static_cast< Node& >( index_.insertOrFind( zelPlace( node->key() ), *node ) );
+      return static_cast< Node& >( index_.insertOrFind( lane, zelPlace( node->key() ), *node ) );
    }
 
-   /// Counts as taking a stored element out and inserting it again where it stood.
-   void replaced() { index_.replaced(); }
    /// Takes the element that equals `key` out; null when there is none.
    Ptr< Node > del( const Key& key ) {
-      return { typed( index_.take( zelPlace( key ) ).release() ), adoptReference };
+      return { typed( index_.take( lane, zelPlace( key ) ).release() ), adoptReference };
    }
    /// Takes the iterator's element out; null at the end or when it is gone already. Requires: the
    /// iterator walks this collection (asserted).
@@ -83,36 +82,45 @@ class SmallKeyMap {
       ZEL_ASSERT( at.walks( *this ) );
       return at && at->linked() ? del( at->key() ) : nullptr;
    }
-   void deleteAll() { index_.clear(); }
-   /// Gives the memory of an empty map back, and what was reserved in it.
-   void trim() { index_.trim(); }
+   void deleteAll() { index_.clear( lane ); }
 
-   /// Calls `visit` with each node in order. Requires: `visit` does not change the map.
+   /// Calls `visit` with each node in ascending order of places. Requires: `visit` does not change
+   /// the index.
    template < class Visit >
    void each( const Visit& visit ) const {
-      index_.each( [ & ]( SmallKeyNode* node ) { visit( *typed( node ) ); } );
+      index_.each( lane, [ & ]( SmallKeyNode* node ) { visit( *typed( node ) ); } );
    }
 
    /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
    Node* next( const Node& node ) const {
-      return typed( index_.findOrNext( zelPlace( node.key() ) + 1u ) );
+      const KeyPlace place = zelPlace( node.key() );
+      const bool isLast = place == ( kAscends ? KeyIndex::kHighest : 0 );
+      return isLast ? nullptr : from( static_cast< KeyPlace >( kAscends ? place + 1 : place - 1 ) );
    }
 
    /// For tests: asserts the inside, and the nodes' reference counts, of which iterators hold
    /// `iterators` in total.
    void verify( std::int32_t iterators = 0 ) const {
-      index_.verify( iterators );
-      for ( const Node* node = typed( index_.findOrNext( 0 ) ); node; node = next( *node ) ) {
+      index_.verify( lane, iterators );
+      for ( const Node* node = from( kAscends ? 0 : KeyIndex::kHighest ); node;
+            node = next( *node ) ) {
          ZEL_ASSERT( findNode( node->key() ) == node );
       }
    }
 
  private:
    static constexpr char zelSourceTag[] = "Zel/SmallKeyMap";
+   static constexpr bool kAscends = order == KeyOrder::Ascending;
 
    static Node* typed( SmallKeyNode* node ) { return static_cast< Node* >( node ); }
+   // The first node in the map's order that stands at `place` or behind it.
+   Node* from( KeyPlace place ) const {
+      const KeyIndex::At found =
+         kAscends ? index_.atOrAbove( lane, place ) : index_.atOrBelow( lane, place );
+      return found.value ? typed( ( *found.value )[ lane ] ) : nullptr;
+   }
 
-   KeyIndex index_;
+   KeyIndex& index_;
 };
 
 }   // namespace Zel

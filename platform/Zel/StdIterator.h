@@ -14,8 +14,7 @@
 //   no element (the end)   | asserts "iter_"   | asserts "iter_"                   | false
 //
 // What follows where: RbTreeMap and SmallKeyMap by the map's order, HashMap2018 by the order of
-// insertion. An
-// element that is stored during the whole walk is met exactly once, one that goes before it is
+// insertion. An element that is stored during the whole walk is met exactly once, one that goes before it is
 // reached is not met, one that comes during the walk is met if it stands behind the iterator.
 //
 // Ownership  Holds its node; the collection must outlive the iterator (hold its entity by Ptr).

@@ -32,8 +32,6 @@ note( const char* what, unsigned id, const std::string& more = "" ) {
 #define REAL( name ) __asm__( "__real__ZN14MoxVlanMapping14VlanRangeEntry" name )
 #define RANGE_IS "13vlanIdRangeIsERKN3Zel3PtrINS0_14ZelVlanIdRangeEEE"
 #define RANGE_DEL "14vlanIdRangeDelEN8Bridging6VlanIdE"
-#define RANGE_REPLACE                                                                              \
-   "18vlanIdRangeReplaceERNS0_14ZelVlanIdRangeEN8Bridging6VlanIdENS3_16VlanXlateMappingE"
 #define START_IS "19revSortedStartVidIsERKN3Zel3PtrINS0_20ZelRevSortedStartVidEEE"
 #define START_DEL "20revSortedStartVidDelENS_20ReverseStartIdVlanIdE"
 
@@ -41,12 +39,6 @@ void realRangeIs( VlanRangeEntry* entry, const RangeElement& element ) REAL( RAN
 void wrapRangeIs( VlanRangeEntry* entry, const RangeElement& element ) WRAP( RANGE_IS );
 VlanRangeXlateMapping realRangeDel( VlanRangeEntry* entry, Bridging::VlanId low ) REAL( RANGE_DEL );
 VlanRangeXlateMapping wrapRangeDel( VlanRangeEntry* entry, Bridging::VlanId low ) WRAP( RANGE_DEL );
-void realRangeReplace( VlanRangeEntry* entry, VlanRangeEntry::ZelVlanIdRange& element,
-                       Bridging::VlanId high, Bridging::VlanXlateMapping mapping )
-   REAL( RANGE_REPLACE );
-void wrapRangeReplace( VlanRangeEntry* entry, VlanRangeEntry::ZelVlanIdRange& element,
-                       Bridging::VlanId high, Bridging::VlanXlateMapping mapping )
-   WRAP( RANGE_REPLACE );
 void realStartIs( VlanRangeEntry* entry, const StartElement& element ) REAL( START_IS );
 void wrapStartIs( VlanRangeEntry* entry, const StartElement& element ) WRAP( START_IS );
 bool realStartDel( VlanRangeEntry* entry, ReverseStartIdVlanId start ) REAL( START_DEL );
@@ -63,14 +55,6 @@ VlanRangeXlateMapping
 wrapRangeDel( VlanRangeEntry* entry, Bridging::VlanId low ) {
    note( "delete range ", low.value() );
    return realRangeDel( entry, low );
-}
-
-void
-wrapRangeReplace( VlanRangeEntry* entry, VlanRangeEntry::ZelVlanIdRange& element,
-                  Bridging::VlanId high, Bridging::VlanXlateMapping mapping ) {
-   note( "delete range ", element.key().value() );
-   note( "insert range ", element.key().value(), "-" + std::to_string( high.value() ) );
-   realRangeReplace( entry, element, high, mapping );
 }
 
 void

@@ -11,6 +11,7 @@
 #include <type_traits>
 
 #include "Zel/HashMap2018.h"
+#include "Zel/KeyIndex.h"
 #include "Zel/NewEntity.h"
 #include "Zel/RbTreeMap.h"
 #include "Zel/SmallKeyMap.h"
@@ -34,7 +35,7 @@ numberOf( Key key ) {
    return key.number;
 }
 
-/// Numbers up to 65535 in a map of small keys, and the same with greater values first.
+/// Numbers up to 65535 in a map of small keys.
 struct Small {
    std::uint32_t number = 0;
    friend bool operator==( Small, Small ) = default;
@@ -42,14 +43,6 @@ struct Small {
 inline std::uint16_t
 zelPlace( Small key ) {
    return static_cast< std::uint16_t >( key.number );
-}
-struct SmallBackward {
-   std::uint32_t number = 0;
-   friend bool operator==( SmallBackward, SmallBackward ) = default;
-};
-inline std::uint16_t
-zelPlace( SmallBackward key ) {
-   return static_cast< std::uint16_t >( 0xffff - key.number );
 }
 
 /// A node with a key and a value.
@@ -83,6 +76,18 @@ class RefillNode : public Zel::RbTreeNode< std::uint32_t > {
    std::uint32_t key_;
 };
 
+struct OwnIndex {
+   Zel::KeyIndex index;
+};
+
+/// A map of small keys that shares its index with no other.
+template < class MapType >
+class LoneSmallKeyMap : private OwnIndex, public MapType {
+ public:
+   LoneSmallKeyMap() : MapType( OwnIndex::index ) {}
+   void trim() { OwnIndex::index.trim(); }
+};
+
 /// The collection's map with a mutator and a rendering.
 template < class MapType >
 struct Collection : MapType {
@@ -114,9 +119,11 @@ using Ascending =
    Collection< Zel::RbTreeMap< KeyedNode< Zel::RbTreeNode< std::uint32_t >, std::uint32_t > > >;
 using Descending =
    Collection< Zel::RbTreeMap< KeyedNode< Zel::RbTreeNode< Backward >, Backward > > >;
-using SmallAscending = Collection< Zel::SmallKeyMap< KeyedNode< Zel::SmallKeyNode, Small > > >;
-using SmallDescending =
-   Collection< Zel::SmallKeyMap< KeyedNode< Zel::SmallKeyNode, SmallBackward > > >;
+using SmallNode = KeyedNode< Zel::SmallKeyNode, Small >;
+using SmallAscending =
+   Collection< LoneSmallKeyMap< Zel::SmallKeyMap< SmallNode, Zel::KeyIndex::kFirst > > >;
+using SmallDescending = Collection< LoneSmallKeyMap<
+   Zel::SmallKeyMap< SmallNode, Zel::KeyIndex::kSecond, Zel::KeyOrder::Descending > > >;
 using Hashed =
    Collection< Zel::HashMap2018< KeyedNode< Zel::HashNode, std::uint32_t >, 0x1234567 > >;
 

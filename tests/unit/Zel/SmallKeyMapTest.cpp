@@ -17,7 +17,6 @@ namespace {
 
 using TestCollections::Small;
 using TestCollections::SmallAscending;
-using TestCollections::SmallBackward;
 using TestCollections::SmallDescending;
 
 constexpr std::uint32_t kPlaces = 0x10000;
