@@ -71,7 +71,7 @@ startElement( VlanRangeEntry& entry, VlanId lowVid ) {
 
 // The interface's entry; null when there is none yet, and for whoever reads the traces, who is to see
 // every search and change by itself.
-VlanRangeEntry*
+[[gnu::always_inline]] inline VlanRangeEntry*
 untracedEntry( const VlanRangeEntryDir& dir, IntfId intfId ) {
    const auto* node = trace.anyEnabled() ? nullptr : dir.vlanRangeEntry().findNode( intfId );
    return node ? node->entity().get() : nullptr;

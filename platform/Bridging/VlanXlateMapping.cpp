@@ -13,23 +13,24 @@ namespace Bridging {
 VlanXlateMapping::VlanXlateMapping( Zel::StringIterator& current, Zel::StringIterator end ) {
    Zel::parseLiteral( current, end, "Value('Bridging::VlanXlateMapping', ** {" );
    Zel::parseLiteral( current, end, "'vlanId': " );
-   rawVlanId_ = Zel::parseAttribute< std::uint16_t >( current, end, "vlanId" );
+   const auto vlanId = Zel::parseAttribute< std::uint16_t >( current, end, "vlanId" );
    Zel::parseLiteral( current, end, ", 'innerVlanId': " );
-   rawInnerVlanId_ = Zel::parseAttribute< std::uint16_t >( current, end, "innerVlanId" );
+   const auto innerVlanId = Zel::parseAttribute< std::uint16_t >( current, end, "innerVlanId" );
    Zel::parseLiteral( current, end, ", 'tpid': " );
-   tpid_ = Zel::parseAttribute< std::uint16_t >( current, end, "tpid" );
+   const auto tpid = Zel::parseAttribute< std::uint16_t >( current, end, "tpid" );
    Zel::parseLiteral( current, end, ", 'priority': " );
-   priority_ = Zel::parseAttribute< std::uint8_t >( current, end, "priority" );
+   const auto priority = Zel::parseAttribute< std::uint8_t >( current, end, "priority" );
    Zel::parseLiteral( current, end, ", 'dropEligible': " );
-   dropEligible_ = Zel::parseAttribute< std::uint8_t >( current, end, "dropEligible" );
+   const auto dropEligible = Zel::parseAttribute< std::uint8_t >( current, end, "dropEligible" );
    Zel::parseLiteral( current, end, "})" );
+   *this = fromRaw( vlanId, innerVlanId, tpid, priority, dropEligible );
 }
 
 std::uint32_t
 VlanXlateMapping::hash( std::uint32_t seed ) const {
    Zel::HashAccumulator accumulator( seed );
-   accumulator.mix( static_cast< std::uint32_t >( rawVlanId_ << 16 | rawInnerVlanId_ ) );
-   accumulator.mix( static_cast< std::uint32_t >( tpid_ << 16 | priority_ << 8 | dropEligible_ ) );
+   accumulator.mix( static_cast< std::uint32_t >( bits_ ) );
+   accumulator.mix( static_cast< std::uint32_t >( bits_ >> 32 ) );
    return accumulator.result();
 }
 

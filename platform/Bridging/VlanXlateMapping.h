@@ -1,7 +1,7 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// VlanXlateMapping: what a VLAN is translated to. A plain value of 64 bits.
+// VlanXlateMapping: what a VLAN is translated to. A plain value of 64 bits, here from the lowest on:
 //
 //   bits    field         0 means            otherwise
 //   16      vlanId        none               translated VLAN id, 1 to 4094
@@ -13,7 +13,6 @@
 // All bits zero is the empty mapping. Numbers are kept unchecked; vlanId() checks when asked.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <iosfwd>
 
@@ -28,41 +27,39 @@ class ZEL_EXPORT VlanXlateMapping {
    static constexpr const char* zelTypeName = "Bridging::VlanXlateMapping";
    constexpr VlanXlateMapping() = default;
    /// Translation to `vlanId`, everything else left as it is.
-   explicit constexpr VlanXlateMapping( VlanIdOrNone vlanId ) : rawVlanId_( vlanId.value() ) {}
+   explicit constexpr VlanXlateMapping( VlanIdOrNone vlanId )
+       : VlanXlateMapping( fromRaw( vlanId.value() ) ) {}
    /// Parses the string form; the numbers are taken unchecked.
    VlanXlateMapping( Zel::StringIterator& current, Zel::StringIterator end );
    static constexpr VlanXlateMapping fromRaw( std::uint16_t vlanId, std::uint16_t innerVlanId = 0,
                                               std::uint16_t tpid = 0, std::uint8_t priority = 0,
                                               std::uint8_t dropEligible = 0 ) {
       VlanXlateMapping mapping;
-      mapping.rawVlanId_ = vlanId;
-      mapping.rawInnerVlanId_ = innerVlanId;
-      mapping.tpid_ = tpid;
-      mapping.priority_ = priority;
-      mapping.dropEligible_ = dropEligible;
+      mapping.bits_ = std::uint64_t{ dropEligible } << 56 | std::uint64_t{ priority } << 48 |
+                      std::uint64_t{ tpid } << 32 | std::uint64_t{ innerVlanId } << 16 | vlanId;
       return mapping;
    }
 
    /// The translated VLAN; throws Zel::RangeException when the number is above 4094.
-   VlanIdOrNone vlanId() const { return VlanIdOrNone( rawVlanId_ ); }
-   constexpr std::uint16_t rawVlanId() const { return rawVlanId_; }
-   constexpr std::uint16_t rawInnerVlanId() const { return rawInnerVlanId_; }
-   constexpr std::uint16_t tpid() const { return tpid_; }
-   constexpr std::uint8_t priority() const { return priority_; }
-   constexpr std::uint8_t dropEligible() const { return dropEligible_; }
+   VlanIdOrNone vlanId() const { return VlanIdOrNone( rawVlanId() ); }
+   constexpr std::uint16_t rawVlanId() const { return field< std::uint16_t >( 0 ); }
+   constexpr std::uint16_t rawInnerVlanId() const { return field< std::uint16_t >( 16 ); }
+   constexpr std::uint16_t tpid() const { return field< std::uint16_t >( 32 ); }
+   constexpr std::uint8_t priority() const { return field< std::uint8_t >( 48 ); }
+   constexpr std::uint8_t dropEligible() const { return field< std::uint8_t >( 56 ); }
 
-   /// All fields, at once.
-   constexpr bool operator==( VlanXlateMapping other ) const {
-      return std::bit_cast< std::uint64_t >( *this ) == std::bit_cast< std::uint64_t >( other );
-   }
+   constexpr bool operator==( VlanXlateMapping other ) const { return bits_ == other.bits_; }
    std::uint32_t hash( std::uint32_t seed ) const;
 
  private:
-   std::uint16_t rawVlanId_ = 0;
-   std::uint16_t rawInnerVlanId_ = 0;
-   std::uint16_t tpid_ = 0;
-   std::uint8_t priority_ = 0;
-   std::uint8_t dropEligible_ = 0;
+   template < class Field >
+   constexpr Field field( unsigned lowestBit ) const {
+      return static_cast< Field >( bits_ >> lowestBit );
+   }
+
+   // One word, not five fields: it is compared and copied at once. Packed, so that it needs no padding
+   // beside VLAN ids.
+   [[gnu::packed]] std::uint64_t bits_ = 0;
 };
 
 static_assert( sizeof( VlanXlateMapping ) == 8 );

@@ -76,8 +76,14 @@ class HashMap2018 {
 
    /// The node of `key`, or null. No reference is taken: not to be kept across a change.
    Node* findNode( const Key& key ) const {
-      if ( lastFound_ && lastFound_->key() == key ) {
-         return lastFound_;
+      if ( lastFound_ ) {
+         if ( lastFound_->key() == key ) {
+            return lastFound_;
+         }
+         Node* const follower = typed( table_.follower( *lastFound_ ) );
+         if ( follower && follower->key() == key ) {
+            return lastFound_ = follower;
+         }
       }
       const std::uint32_t hash = zelHash( key, table_.seed() );
       for ( HashNode* node = table_.bucket( hash ); node; node = HashTable::bucketNext( *node ) ) {
@@ -140,7 +146,7 @@ class HashMap2018 {
    static const Node* typed( const HashNode* node ) { return static_cast< const Node* >( node ); }
 
    HashTable table_;
-   // Look-ups come in runs of one key.
+   // Look-ups come in runs of one key, or go through the keys as they were inserted.
    mutable Node* lastFound_ = nullptr;
 };
 

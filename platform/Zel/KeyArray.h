@@ -96,8 +96,11 @@ class KeyArray {
          std::copy( values_ + index + 1, values_ + size_ + 1, values_ + index );
       }
    }
-   /// Requires: the order stays as it is.
-   void placeIs( std::size_t index, KeyPlace place ) { places_[ index ] = place; }
+   /// Gives a value another place. Requires: none is in use between.
+   Value* move( At from, KeyPlace to ) {
+      places_[ indexOf( *from.value ) ] = to;
+      return from.value;
+   }
 
  private:
    static_assert( std::is_trivially_copyable_v< Value > );

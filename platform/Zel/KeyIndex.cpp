@@ -14,10 +14,6 @@ constexpr char zelSourceTag[] = "Zel/KeyIndex";
 
 }   // namespace
 
-SmallKeyNode::~SmallKeyNode() {
-   ZEL_ASSERT( !linked() );
-}
-
 KeyIndex::~KeyIndex() {
    clear( kSecond );
    clear( kFirst );
@@ -162,15 +158,14 @@ KeyIndex::insertPair( KeyPlace place, SmallKeyNode& first, SmallKeyNode& second 
    reserve( place );
    around( place );
    const Pair pair{ &first, &second };
-   Pair* at = nullptr;
    if ( trie_ ) {
-      at = &trie_->insert( place, pair );
+      last_.below = { place, &trie_->insert( place, pair ) };
    } else {
       Pair*& above = last_.above.value;
-      at = &few_.insertAt( above ? few_.indexOf( *above ) : few_.size(), place, pair );
+      const std::size_t index = above ? few_.indexOf( *above ) : few_.size();
+      last_.below = { place, &few_.insertAt( index, place, pair ) };
       above += above ? 1 : 0;
    }
-   last_.below = { place, at };
    ++places_;
    link( kFirst, first );
    link( kSecond, second );
@@ -184,25 +179,12 @@ KeyIndex::takePair( At at ) {
    unlink( kSecond, pair[ kSecond ] );
 }
 
-void
-KeyIndex::movePair( At from, KeyPlace to ) {
-   const bool isBelow = from.value == last_.below.value;
-   Pair* at = from.value;
-   if ( trie_ ) {
-      trie_->reserve( to );
-      const Pair pair = *from.value;
-      trie_->erase( static_cast< KeyPlace >( from.place ) );
-      at = &trie_->insert( to, pair );
-   } else {
-      few_.placeIs( few_.indexOf( *from.value ), to );
-   }
-   replaced( kFirst );
-   replaced( kSecond );
-   if ( isBelow ) {
-      last_.below = { to, at };
-   } else {
-      last_ = {};
-   }
+KeyIndex::Pair*
+KeyIndex::moveInTrie( At from, KeyPlace to ) {
+   trie_->reserve( to );
+   const Pair pair = *from.value;
+   trie_->erase( static_cast< KeyPlace >( from.place ) );
+   return &trie_->insert( to, pair );
 }
 
 void

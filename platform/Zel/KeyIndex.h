@@ -23,6 +23,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "Zel/Assert.h"
 #include "Zel/Export.h"
 #include "Zel/KeyArray.h"
 #include "Zel/KeyPlace.h"
@@ -41,9 +42,10 @@ class ZEL_EXPORT SmallKeyNode : public PtrInterface {
 
  protected:
    SmallKeyNode() = default;
-   ~SmallKeyNode() override;
+   ~SmallKeyNode() override { ZEL_ASSERT( !linked() ); }
 
  private:
+   static constexpr char zelSourceTag[] = "Zel/KeyIndex";
    friend class KeyIndex;
 };
 
@@ -118,7 +120,17 @@ class ZEL_EXPORT KeyIndex {
    void takePair( At at );
    /// As taking a pair out and inserting it at `to`. Requires: nothing stands at `to` nor between.
    /// Throws std::bad_alloc, with nothing changed.
-   void movePair( At from, KeyPlace to );
+   void movePair( At from, KeyPlace to ) {
+      const bool isBelow = from.value == last_.below.value;
+      Pair* const moved = trie_ ? moveInTrie( from, to ) : few_.move( from, to );
+      if ( isBelow ) {
+         last_.below = { to, moved };
+      } else {
+         last_ = {};
+      }
+      replaced( kFirst );
+      replaced( kSecond );
+   }
    /// A node was taken out and inserted again where it stood.
    void replaced( Lane lane ) { changes_[ lane ] += 2; }
 
@@ -149,6 +161,7 @@ class ZEL_EXPORT KeyIndex {
       return trie_ ? trie_->atOrBelow( place ) : few_.atOrBelow( place );
    }
    void search( KeyPlace place ) const;
+   Pair* moveInTrie( At from, KeyPlace to );
    void erase( At at );
    void link( Lane lane, SmallKeyNode& node );
    Ptr< SmallKeyNode > unlink( Lane lane, SmallKeyNode* node );
@@ -163,14 +176,15 @@ class ZEL_EXPORT KeyIndex {
       }
    }
 
-   Few few_;
-   std::unique_ptr< Trie > trie_;   // set while few_ is not in use
-   std::uint32_t places_ = 0;
-   std::uint32_t unpaired_ = 0;   // places that carry one node
-   std::array< std::uint32_t, 2 > size_{};
-   std::array< std::uint32_t, 2 > changes_{};
-   // Changes come in runs of neighbouring places. No place lies in it before the first search.
+   // In front what a change near the last one needs. Changes come in runs of neighbouring places; no
+   // place lies in `last_` before the first search.
    mutable Around last_;
+   std::uint32_t unpaired_ = 0;   // places that carry one node
+   std::array< std::uint32_t, 2 > changes_{};
+   std::array< std::uint32_t, 2 > size_{};
+   std::uint32_t places_ = 0;
+   std::unique_ptr< Trie > trie_;
+   Few few_;   // in use while there is no trie
 };
 
 }   // namespace Zel

@@ -75,7 +75,7 @@ class KeyTrie {
    }
 
    void around( KeyPlace place, KeyAround< Value >& found ) const {
-      // Most often both stand in one page.
+      // Most often both stand in the place's own page.
       if ( Leaf* const page = leaf( place ) ) {
          const std::uint64_t below = page->fromDown( leafSlot( place ) );
          const std::uint64_t above = page->used & ~below;
@@ -85,8 +85,7 @@ class KeyTrie {
             return;
          }
       }
-      found.below = atOrBelow( place );
-      found.above = atOrAbove( place + 1u );
+      aroundPage( place, found );
    }
 
    /// Makes the pages on the way to `place`.
@@ -170,6 +169,10 @@ class KeyTrie {
    // What stands in a page that holds `place`.
    static At atSlot( std::uint32_t place, Leaf& page, unsigned slot ) {
       return { ( place & ~( kSlots - 1 ) ) | slot, &page.slots[ slot ] };
+   }
+   [[gnu::noinline]] void aroundPage( KeyPlace place, KeyAround< Value >& found ) const {
+      found.below = atOrBelow( place );
+      found.above = atOrAbove( place + 1u );
    }
    Leaf* leaf( std::uint32_t place ) const {
       const Middle* const middle = root_[ rootSlot( place ) ].get();

@@ -55,9 +55,11 @@ class Allocated final : public T {
 template < class T, class... Args >
 Ptr< T >
 newEntity( Args&&... args ) {
-   Ptr< T > entity( new Allocated< T >( std::forward< Args >( args )... ), adoptReference );
-   entity->zelConstructed();
-   entity->hasNotificationActiveIs( true );
+   // By its final type: nothing is called through the vtable.
+   auto* const made = new Allocated< T >( std::forward< Args >( args )... );
+   Ptr< T > entity( made, adoptReference );
+   made->zelConstructed();
+   made->hasNotificationActiveIs( true );
    return entity;
 }
 

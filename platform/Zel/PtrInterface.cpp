@@ -3,35 +3,11 @@
 //
 #include "Zel/PtrInterface.h"
 
-#include "Zel/Assert.h"
-
 namespace Zel {
-namespace {
-
-constexpr char zelSourceTag[] = "Zel/PtrInterface";
-
-}   // namespace
-
-void
-ReferenceWord::assertUnused() const {
-   ZEL_ASSERT( references() == ( flag( kConstructing ) ? 1 : 0 ) );
-}
-
-void
-ReferenceWord::assertZero() {
-   ZEL_ASSERT( references() == 0 );
-   ZEL_ASSERT( !flag( kDestroying ) );
-   flagIs( kDestroying, true );
-}
 
 NotifieeList*
 PtrInterface::notifieeList() const {
    return nullptr;
-}
-
-void
-PtrInterface::hasNotificationActiveIs( bool active ) {
-   word_.flagIs( ReferenceWord::kNotificationActive, active );
 }
 
 void
@@ -44,10 +20,6 @@ PtrInterface::zeroReferencesIs( bool zero ) {
 TypeHandle
 PtrInterface::fwkType() const {
    return {};
-}
-
-PtrInterface::~PtrInterface() {
-   word_.assertUnused();
 }
 
 void

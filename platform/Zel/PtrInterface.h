@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Zel/Assert.h"
 #include "Zel/Export.h"
 #include "Zel/Ptr.h"
 #include "Zel/SharedCount.h"
@@ -51,11 +52,17 @@ class ReferenceWord {
    /// The constructor's own reference ends; the pointer that newEntity() returns takes it over.
    void constructed() { flagIs( kConstructing, false ); }
    /// Asserts that the object may go now: unused, or abandoned by its own constructor.
-   ZEL_EXPORT void assertUnused() const;
+   void assertUnused() const { ZEL_ASSERT( references() == ( flag( kConstructing ) ? 1 : 0 ) ); }
    /// Asserts that the last reference went just now, and only once.
-   ZEL_EXPORT void assertZero();
+   void assertZero() {
+      ZEL_ASSERT( references() == 0 );
+      ZEL_ASSERT( !flag( kDestroying ) );
+      flagIs( kDestroying, true );
+   }
 
  private:
+   static constexpr char zelSourceTag[] = "Zel/PtrInterface";
+
    SharedCount< std::int32_t > references_{ 1 };
    std::uint32_t flags_ = kConstructing;
 };
@@ -69,7 +76,9 @@ class ZEL_EXPORT PtrInterface {
    /// The reactors of this entity; null when it tells nobody of its changes.
    virtual NotifieeList* notifieeList() const;
    /// Whether changes of this entity are told to its reactors.
-   virtual void hasNotificationActiveIs( bool active );
+   virtual void hasNotificationActiveIs( bool active ) {
+      word_.flagIs( ReferenceWord::kNotificationActive, active );
+   }
    /// `true` says that the last reference is gone: destroys the object. `false` does nothing.
    virtual void zeroReferencesIs( bool zero );
    /// The registered type; a null handle for nodes and unregistered types.
@@ -77,7 +86,7 @@ class ZEL_EXPORT PtrInterface {
 
  protected:
    PtrInterface() = default;
-   virtual ~PtrInterface();
+   virtual ~PtrInterface() { word_.assertUnused(); }
 
  public:
    /// Stops (true) or resumes (false) the reactions of this entity's own notifiees; the first

@@ -85,9 +85,10 @@ ZEL_EXPORT void traceLevelsIs( std::string_view list );
 /// Names of the handles that were used so far, sorted.
 ZEL_EXPORT std::vector< std::string > traceHandles();
 
-/// The pieces of a line, written one after the other by their own operator<<.
+/// The pieces of a line, written one after the other by their own operator<<. Cold: its code stays
+/// out of the functions that trace.
 template < class... Pieces >
-std::string
+[[gnu::cold, gnu::noinline]] std::string
 traceText( const Pieces&... pieces ) {
    std::ostringstream text;
    text << std::boolalpha;

@@ -4,6 +4,7 @@
 #include "Bridging/VlanXlateMapping.h"
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -39,13 +40,7 @@ TEST( VlanXlateMapping, DefaultIsAllBitsZero ) {
 
 TEST( VlanXlateMapping, FieldsStandInTheirDocumentedOrder ) {
    const auto mapping = VlanXlateMapping::fromRaw( 0x0102, 0x0304, 0x0506, 7, 8 );
-   std::array< std::uint16_t, 3 > words{};
-   std::array< unsigned char, 2 > bytes{};
-   const auto* const memory = reinterpret_cast< const unsigned char* >( &mapping );
-   std::memcpy( words.data(), memory, 6 );
-   std::memcpy( bytes.data(), memory + 6, 2 );
-   EXPECT_EQ( words, ( std::array< std::uint16_t, 3 >{ 0x0102, 0x0304, 0x0506 } ) );
-   EXPECT_EQ( bytes, ( std::array< unsigned char, 2 >{ 7, 8 } ) );
+   EXPECT_EQ( std::bit_cast< std::uint64_t >( mapping ), 0x0807'0506'0304'0102u );
 }
 
 TEST( VlanXlateMapping, FromAVlanLeavesTheRestAlone ) {
