@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <numeric>
 
 namespace MoxVlanMapping {
 namespace {
@@ -17,6 +18,8 @@ constexpr std::size_t kBuckets = kSizes + 2;
 // With fewer ranges the buckets cost more than comparing.
 constexpr std::size_t kWorthCounting = 8;
 
+using RangeElement = VlanRangeEntry::ZelVlanIdRange;
+
 std::size_t
 bucketOf( const VlanRangeXlateMapping& range ) {
    return static_cast< std::size_t >( kSizes - std::clamp( range.size(), -1, kSizes ) );
@@ -26,25 +29,19 @@ bucketOf( const VlanRangeXlateMapping& range ) {
 
 std::span< const VlanRangeXlateMapping >
 SizeSort::sorted( const VlanRangeEntry::VlanIdRangeMap& ranges ) {
-   byId_.clear();
-   byId_.reserve( ranges.size() );
-   ranges.each( [ this ]( const VlanRangeEntry::ZelVlanIdRange& element ) {
-      byId_.push_back( element.value() );
-   } );
-   if ( byId_.size() < kWorthCounting ) {
+   byId_.resize( ranges.size() );
+   auto behind = byId_.begin();
+   if ( ranges.size() < kWorthCounting ) {
+      ranges.each( [ & ]( const RangeElement& element ) { *behind++ = element.value(); } );
       std::sort( byId_.begin(), byId_.end() );
       return byId_;
    }
    std::array< std::uint32_t, kBuckets > begins{};
-   for ( const VlanRangeXlateMapping& range : byId_ ) {
-      ++begins[ bucketOf( range ) ];
-   }
-   std::uint32_t behind = 0;
-   for ( std::uint32_t& begin : begins ) {
-      const std::uint32_t count = begin;
-      begin = behind;
-      behind += count;
-   }
+   ranges.each( [ & ]( const RangeElement& element ) {
+      *behind++ = element.value();
+      ++begins[ bucketOf( element.value() ) ];
+   } );
+   std::exclusive_scan( begins.begin(), begins.end(), begins.begin(), 0u );
    bySize_.resize( byId_.size() );
    for ( const VlanRangeXlateMapping& range : byId_ ) {
       bySize_[ begins[ bucketOf( range ) ]++ ] = range;

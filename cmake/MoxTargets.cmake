@@ -36,6 +36,11 @@ function( mox_target_defaults target )
       target_link_options( ${target} PRIVATE -Wl,--no-undefined )
    endif()
 
+   if( MOX_BUILD_FUZZERS )
+      # Counters alone; the driver with its main() is linked by the fuzz targets.
+      target_compile_options( ${target} PRIVATE -fsanitize=fuzzer-no-link )
+   endif()
+
    if( MOX_COVERAGE )
       target_compile_options( ${target} PRIVATE --coverage -fprofile-update=atomic )
       target_link_options( ${target} PRIVATE --coverage )

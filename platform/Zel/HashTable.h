@@ -72,8 +72,11 @@ class ZEL_EXPORT HashTable {
    HashNode* first() const { return stored( thread_.next ); }
    /// What stands behind a stored node; null when that is the end or is gone.
    HashNode* follower( const HashNode& node ) const {
+      if ( node.next == &thread_ ) {
+         return nullptr;
+      }
       auto* const at = static_cast< HashNode* >( node.next );
-      return node.next != &thread_ && at->linked() ? at : nullptr;
+      return at->linked() ? at : nullptr;
    }
    /// The stored node that follows `node` in the thread; `node` may be gone.
    HashNode* next( const HashNode& node ) const { return stored( node.next ); }

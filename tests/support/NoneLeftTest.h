@@ -13,21 +13,9 @@
 #include <map>
 #include <string>
 
-#include "Zel/AllocationTracker.h"
+#include "tests/support/LiveObjects.h"
 
 namespace TestSupport {
-
-/// Live objects by type name; types without any are left out.
-inline std::map< std::string, std::int64_t >
-liveObjects() {
-   std::map< std::string, std::int64_t > live;
-   for ( const Zel::AllocationCount& count : Zel::allocationCounts() ) {
-      if ( count.live != 0 ) {
-         live[ count.typeName ] = count.live;
-      }
-   }
-   return live;
-}
 
 // Derived members are destroyed before this base, so its destructor sees what they left.
 class NoneLeftTest : public testing::Test {
