@@ -29,7 +29,7 @@ namespace MoxVlanMapping {
 
 class ZEL_EXPORT VlanMappingScaleSlaveSm : public Mox::VlanMappingSlaveSm {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanMappingScaleSlaveSm";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanMappingScaleSlaveSm";
    /// Requires: `acsd`, `vlanRangeEntryDir` and `vlanXlateScheduleDir` are set.
    static Zel::Ptr< VlanMappingScaleSlaveSm >
    VlanMappingScaleSlaveSmIs( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,

@@ -285,7 +285,7 @@ MoxVlanRangeMappingCodef::sortVlanRangeBySize( Corvel::IntfId intfId ) {
    const Zel::Ptr< VlanRangeEntry > rangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
    const Zel::Ptr< VlanXlateScaleEntry > scaleEntry =
       vlanXlateScaleEntryDir_->vlanXlateScaleEntryIs( intfId );
-   scaleEntry->vidRangeSortedRefill( sizeSort_.sorted( rangeEntry->vlanIdRange() ) );
+   sizeSort_.refill( *scaleEntry, rangeEntry->vlanIdRange() );
 }
 
 void

@@ -6,7 +6,7 @@
 //
 //   class RangeProgrammer : public MoxVlanMapping::MoxVlanRangeMappingCodef {
 //    public:
-//      static constexpr const char* zelTypeName = "RangeProgrammer";   // counts under this name
+//      static constexpr char zelTypeName[] = "RangeProgrammer";   // counts under this name
 //    protected:
 //      using MoxVlanRangeMappingCodef::MoxVlanRangeMappingCodef;
 //      ~RangeProgrammer() override { zelDoZombieReactors( true ); }
@@ -48,15 +48,14 @@ namespace MoxVlanMapping {
 
 class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::MoxVlanRangeMappingCodef";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::MoxVlanRangeMappingCodef";
    static constexpr Quen::TaskPriority kTaskPriority{ 3 };
    static constexpr Zel::Seconds kTaskQuantum = 0.1;
 
    /// Watches portToLag: an interface that leaves its aggregate is scheduled.
    class ZelAcsd : public Zel::Reactor< Mox::MoxCommonSmData, MoxVlanRangeMappingCodef > {
     public:
-      static constexpr const char* zelTypeName =
-         "MoxVlanMapping::MoxVlanRangeMappingCodef::ZelAcsd";
+      static constexpr char zelTypeName[] = "MoxVlanMapping::MoxVlanRangeMappingCodef::ZelAcsd";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;
 
     protected:
@@ -67,7 +66,7 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    class ZelVlanXlateScheduleDir :
        public Zel::Reactor< VlanXlateScheduleDir, MoxVlanRangeMappingCodef > {
     public:
-      static constexpr const char* zelTypeName =
+      static constexpr char zelTypeName[] =
          "MoxVlanMapping::MoxVlanRangeMappingCodef::ZelVlanXlateScheduleDir";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;
 
@@ -78,8 +77,7 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    /// Watches the task: drains the schedule when it runs.
    class ZelTask : public Zel::Reactor< Quen::Task, MoxVlanRangeMappingCodef > {
     public:
-      static constexpr const char* zelTypeName =
-         "MoxVlanMapping::MoxVlanRangeMappingCodef::ZelTask";
+      static constexpr char zelTypeName[] = "MoxVlanMapping::MoxVlanRangeMappingCodef::ZelTask";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;
 
     protected:

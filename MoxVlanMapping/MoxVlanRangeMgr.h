@@ -33,7 +33,7 @@ namespace MoxVlanMapping {
 
 class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::MoxVlanRangeMgr";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::MoxVlanRangeMgr";
    /// `vlanRangeEntryDir` may be null; then no operation but vlanRangeEntryDir() may be called.
    static Zel::Ptr< MoxVlanRangeMgr >
    MoxVlanRangeMgrIs( const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir );

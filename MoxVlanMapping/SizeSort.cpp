@@ -33,7 +33,9 @@ SizeSort::sorted( const VlanRangeEntry::VlanIdRangeMap& ranges ) {
    auto behind = byId_.begin();
    if ( ranges.size() < kWorthCounting ) {
       ranges.each( [ & ]( const RangeElement& element ) { *behind++ = element.value(); } );
-      std::sort( byId_.begin(), byId_.end() );
+      if ( byId_.size() > 1 ) {
+         std::sort( byId_.begin(), byId_.end() );
+      }
       return byId_;
    }
    std::array< std::uint32_t, kBuckets > begins{};

@@ -8,7 +8,7 @@
 // them - and ranges whose ends are crossed are sorted by comparison.
 //
 // Cost     O(n), and O(k log k) for the k that are compared.
-// Memory   24 bytes a range, kept for the next sort.
+// Memory   32 bytes a range, kept for the next sort.
 // Throws   std::bad_alloc.
 #pragma once
 
@@ -17,17 +17,23 @@
 
 #include "MoxVlanMapping/VlanRange.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScaleEntry.h"
 
 namespace MoxVlanMapping {
 
 class SizeSort {
  public:
+   /// Rebuilds the size order of `scaleEntry` from `ranges`.
+   void refill( VlanXlateScaleEntry& scaleEntry, const VlanRangeEntry::VlanIdRangeMap& ranges ) {
+      scaleEntry.vidRangeSortedRefill( sorted( ranges ), nodes_ );
+   }
    /// The ranges in the order of their type's <. Valid until the next sort.
    std::span< const VlanRangeXlateMapping > sorted( const VlanRangeEntry::VlanIdRangeMap& ranges );
 
  private:
    std::vector< VlanRangeXlateMapping > byId_;
    std::vector< VlanRangeXlateMapping > bySize_;
+   std::vector< VlanXlateScaleEntry::ZelVidRangeSorted* > nodes_;
 };
 
 }   // namespace MoxVlanMapping

@@ -24,7 +24,7 @@ namespace MoxVlanMapping {
 /// checked here; the range manager sees to it.
 class ZEL_EXPORT VlanRangeXlateMapping {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeXlateMapping";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeXlateMapping";
    /// The order below leaves the mapping's later fields out, == does not.
    static constexpr bool kTwins = true;
 
@@ -77,7 +77,7 @@ ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const VlanRangeXlateMapp
 /// that one search finds the nearest start at or below a VLAN id. 0 to 4094; 0 is the default.
 class ZEL_EXPORT ReverseStartIdVlanId {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::ReverseStartIdVlanId";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::ReverseStartIdVlanId";
    constexpr ReverseStartIdVlanId() = default;
    /// Not explicit: a VLAN id's number is a start wherever one is asked for. Throws
    /// Zel::RangeException "MoxVlanMapping::ReverseStartIdVlanId::value > 4094 not allowed".

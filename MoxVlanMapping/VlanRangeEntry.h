@@ -28,13 +28,13 @@ namespace MoxVlanMapping {
 /// alone descending. Every operation on one element is O(1) while both have the same starts.
 class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry";
    static Zel::Ptr< VlanRangeEntry > VlanRangeEntryIs( Corvel::IntfId intfId );
 
    /// Element of vlanIdRange; its key is the range's own lowVid.
    class ZelVlanIdRange : public Zel::SmallKeyNode {
     public:
-      static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
+      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
 
       Bridging::VlanId key() const { return value_.lowVid(); }
       const VlanRangeXlateMapping& value() const { return value_; }
@@ -51,8 +51,7 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    /// Element of revSortedStartVid.
    class ZelRevSortedStartVid : public Zel::SmallKeyNode {
     public:
-      static constexpr const char* zelTypeName =
-         "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
+      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
 
       ReverseStartIdVlanId key() const { return key_; }
       /// Requires: it stands in no map.
@@ -131,14 +130,13 @@ struct VlanRangeEntryKeyFunktor {
 /// The range entries of all interfaces. Tells nobody of its changes. All O(1) on average.
 class ZEL_EXPORT VlanRangeEntryDir : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanRangeEntryDir";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntryDir";
    static Zel::Ptr< VlanRangeEntryDir > VlanRangeEntryDirIs();
 
    class ZelVlanRangeEntry :
        public Zel::HashEntityNode< VlanRangeEntry, VlanRangeEntryKeyFunktor > {
     public:
-      static constexpr const char* zelTypeName =
-         "MoxVlanMapping::VlanRangeEntryDir::ZelVlanRangeEntry";
+      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntryDir::ZelVlanRangeEntry";
 
     protected:
       using HashEntityNode::HashEntityNode;
@@ -168,14 +166,14 @@ class ZEL_EXPORT VlanRangeEntryDir : public Zel::PtrInterface {
 /// average, not counting what the reactors do.
 class ZEL_EXPORT VlanXlateScheduleDir : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanXlateScheduleDir";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanXlateScheduleDir";
    /// Notified with the interface (Corvel::IntfId) as key, when one is added or deleted.
    static constexpr Zel::AttributeId kAttrVlanXlateSchedule = 130;
    static Zel::Ptr< VlanXlateScheduleDir > VlanXlateScheduleDirIs();
 
    class ZelVlanXlateSchedule : public Zel::HashSetNode< Corvel::IntfId > {
     public:
-      static constexpr const char* zelTypeName =
+      static constexpr char zelTypeName[] =
          "MoxVlanMapping::VlanXlateScheduleDir::ZelVlanXlateSchedule";
 
     protected:

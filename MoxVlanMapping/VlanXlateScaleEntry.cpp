@@ -44,9 +44,11 @@ VlanXlateScaleEntry::vidRangeSortedIs( const VlanRangeXlateMapping& range, bool 
 }
 
 void
-VlanXlateScaleEntry::vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted ) {
+VlanXlateScaleEntry::vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted,
+                                           std::vector< ZelVidRangeSorted* >& nodes ) {
    vidRangeSorted_.refill(
-      sorted, [] { return Zel::newEntity< ZelVidRangeSorted >( VlanRangeXlateMapping(), true ); },
+      sorted, nodes,
+      [] { return Zel::newEntity< ZelVidRangeSorted >( VlanRangeXlateMapping(), true ); },
       []( ZelVidRangeSorted& element, const VlanRangeXlateMapping& range ) {
          element.keyIs( range );
          element.valueIs( true );

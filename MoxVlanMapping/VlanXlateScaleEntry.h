@@ -13,6 +13,7 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "Bridging/VlanId.h"
 #include "Corvel/IntfId.h"
@@ -29,12 +30,12 @@ namespace MoxVlanMapping {
 /// vidRangeSorted are O(log n), those on vlanInXlateHashTable O(1) on average.
 class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanXlateScaleEntry";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanXlateScaleEntry";
    static Zel::Ptr< VlanXlateScaleEntry > VlanXlateScaleEntryIs( Corvel::IntfId intfId );
 
    class ZelVlanInXlateHashTable : public Zel::HashSetNode< Bridging::VlanId > {
     public:
-      static constexpr const char* zelTypeName =
+      static constexpr char zelTypeName[] =
          "MoxVlanMapping::VlanXlateScaleEntry::ZelVlanInXlateHashTable";
 
     protected:
@@ -44,7 +45,7 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    /// Element of vidRangeSorted: the whole range is the key.
    class ZelVidRangeSorted : public Zel::RbTreeNode< VlanRangeXlateMapping > {
     public:
-      static constexpr const char* zelTypeName =
+      static constexpr char zelTypeName[] =
          "MoxVlanMapping::VlanXlateScaleEntry::ZelVidRangeSorted";
 
       const VlanRangeXlateMapping& key() const { return key_; }
@@ -82,9 +83,11 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    /// Returns the removed range's flag; false when there was none.
    bool vidRangeSortedDel( const VlanRangeXlateMapping& range );
    bool vidRangeSortedDel( const VidRangeSortedMap::Iterator& at );
-   /// As deleting all and inserting each of `sorted` with the flag true. Requires: `sorted` is in
-   /// order, without equal ranges. O(n); std::bad_alloc leaves everything as it was.
-   void vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted );
+   /// As deleting all and inserting each of `sorted` with the flag true. `nodes` is working memory.
+   /// Requires: `sorted` is in order, without equal ranges. O(n); std::bad_alloc leaves everything
+   /// as it was.
+   void vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted,
+                              std::vector< ZelVidRangeSorted* >& nodes );
    void vidRangeSortedDelAll() { vidRangeSorted_.deleteAll(); }
 
    Zel::TypeHandle fwkType() const override;
@@ -106,13 +109,13 @@ struct VlanXlateScaleEntryKeyFunktor {
 /// The scale entries of all interfaces that were sorted. All O(1) on average.
 class ZEL_EXPORT VlanXlateScaleEntryDir : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "MoxVlanMapping::VlanXlateScaleEntryDir";
+   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanXlateScaleEntryDir";
    static Zel::Ptr< VlanXlateScaleEntryDir > VlanXlateScaleEntryDirIs();
 
    class ZelVlanXlateScaleEntry :
        public Zel::HashEntityNode< VlanXlateScaleEntry, VlanXlateScaleEntryKeyFunktor > {
     public:
-      static constexpr const char* zelTypeName =
+      static constexpr char zelTypeName[] =
          "MoxVlanMapping::VlanXlateScaleEntryDir::ZelVlanXlateScaleEntry";
 
     protected:

@@ -16,7 +16,7 @@ namespace Agent {
 
 class RangeProgrammer : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "Agent::RangeProgrammer";
+   static constexpr char zelTypeName[] = "Agent::RangeProgrammer";
 
    void vlanXlateCodefComplete() override;
    /// The VLAN ids that got exact entries also stand in the scale entry's vlanInXlateHashTable.

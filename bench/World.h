@@ -21,7 +21,7 @@ namespace Bench {
 /// Programs nothing.
 class CountingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "Bench::CountingCodef";
+   static constexpr char zelTypeName[] = "Bench::CountingCodef";
    void processSortedVlanRange( Corvel::IntfId ) override { ++handed; }
    std::uint64_t handed = 0;
 

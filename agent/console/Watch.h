@@ -16,7 +16,7 @@ namespace Agent::Console {
 /// Holds the entity that it watches.
 class Watch : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "Agent::Console::Watch";
+   static constexpr char zelTypeName[] = "Agent::Console::Watch";
 
    /// Prints "PATH: attribute[key]".
    void onAttribute( Zel::AttributeId attribute, const void* key ) override;

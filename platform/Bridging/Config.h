@@ -13,7 +13,7 @@ namespace Bridging {
 
 class ZEL_EXPORT Config : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Bridging::Config";
+   static constexpr char zelTypeName[] = "Bridging::Config";
    static Zel::Ptr< Config > ConfigIs();
 
    /// The bridge's name; empty until it is set.

@@ -20,7 +20,7 @@ namespace Bridging {
 /// A VLAN id, 1 to 4094; the default is 1.
 class ZEL_EXPORT VlanId {
  public:
-   static constexpr const char* zelTypeName = "Bridging::VlanId";
+   static constexpr char zelTypeName[] = "Bridging::VlanId";
    static constexpr std::uint16_t kLowest = 1;
    static constexpr std::uint16_t kHighest = 4094;
 
@@ -68,7 +68,7 @@ ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const VlanId& id );
 /// A VLAN id, 1 to 4094, or 0 for none, the default.
 class ZEL_EXPORT VlanIdOrNone {
  public:
-   static constexpr const char* zelTypeName = "Bridging::VlanIdOrNone";
+   static constexpr char zelTypeName[] = "Bridging::VlanIdOrNone";
    constexpr VlanIdOrNone() = default;
    /// Throws Zel::RangeException "Bridging::VlanIdOrNone::value > 4094 not allowed".
    explicit VlanIdOrNone( std::uint32_t number );

@@ -24,7 +24,7 @@ namespace Bridging {
 
 class ZEL_EXPORT VlanXlateMapping {
  public:
-   static constexpr const char* zelTypeName = "Bridging::VlanXlateMapping";
+   static constexpr char zelTypeName[] = "Bridging::VlanXlateMapping";
    constexpr VlanXlateMapping() = default;
    /// Translation to `vlanId`, everything else left as it is.
    explicit constexpr VlanXlateMapping( VlanIdOrNone vlanId )

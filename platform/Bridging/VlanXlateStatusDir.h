@@ -16,12 +16,12 @@ namespace Bridging {
 
 class ZEL_EXPORT VlanXlateStatusDir : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Bridging::VlanXlateStatusDir";
+   static constexpr char zelTypeName[] = "Bridging::VlanXlateStatusDir";
    static Zel::Ptr< VlanXlateStatusDir > VlanXlateStatusDirIs();
 
    class ZelVlanXlateStatus : public Zel::HashSetNode< Corvel::IntfId > {
     public:
-      static constexpr const char* zelTypeName = "Bridging::VlanXlateStatusDir::ZelVlanXlateStatus";
+      static constexpr char zelTypeName[] = "Bridging::VlanXlateStatusDir::ZelVlanXlateStatus";
 
     protected:
       using HashSetNode::HashSetNode;

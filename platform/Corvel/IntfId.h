@@ -16,7 +16,7 @@ namespace Corvel {
 /// 64 bits that mean nothing to the library; 0, the default, is the empty interface id.
 class ZEL_EXPORT IntfId {
  public:
-   static constexpr const char* zelTypeName = "Corvel::IntfId";
+   static constexpr char zelTypeName[] = "Corvel::IntfId";
    constexpr IntfId() = default;
    explicit constexpr IntfId( std::uint64_t value ) : value_( value ) {}
    /// Parses a bare number.

@@ -24,13 +24,13 @@ namespace Mox {
 
 class ZEL_EXPORT MoxCommonSmData : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Mox::MoxCommonSmData";
+   static constexpr char zelTypeName[] = "Mox::MoxCommonSmData";
    static constexpr Zel::AttributeId kAttrPortToLag = 133;
    static Zel::Ptr< MoxCommonSmData > MoxCommonSmDataIs();
 
    class ZelPortToLag : public Zel::HashNode {
     public:
-      static constexpr const char* zelTypeName = "Mox::MoxCommonSmData::ZelPortToLag";
+      static constexpr char zelTypeName[] = "Mox::MoxCommonSmData::ZelPortToLag";
 
       const Corvel::IntfId& key() const { return port_; }
       /// The link aggregate.

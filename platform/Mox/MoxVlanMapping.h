@@ -20,7 +20,7 @@ namespace Mox {
 /// mapping and all flags false.
 class ZEL_EXPORT MoxVlanMappingRecord {
  public:
-   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingRecord";
+   static constexpr char zelTypeName[] = "Mox::MoxVlanMappingRecord";
 
    constexpr MoxVlanMappingRecord() = default;
    constexpr MoxVlanMappingRecord( const PortVlanKey& key, Bridging::VlanXlateMapping mapping,
@@ -64,7 +64,7 @@ class ZEL_EXPORT MoxVlanMappingRecord {
 
 class ZEL_EXPORT MoxVlanMappingConfig : public MoxVlanMappingRecord {
  public:
-   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingConfig";
+   static constexpr char zelTypeName[] = "Mox::MoxVlanMappingConfig";
 
    using MoxVlanMappingRecord::MoxVlanMappingRecord;
    MoxVlanMappingConfig( Zel::StringIterator& current, Zel::StringIterator end )
@@ -75,7 +75,7 @@ class ZEL_EXPORT MoxVlanMappingConfig : public MoxVlanMappingRecord {
 
 class ZEL_EXPORT MoxVlanMappingStatus : public MoxVlanMappingRecord {
  public:
-   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingStatus";
+   static constexpr char zelTypeName[] = "Mox::MoxVlanMappingStatus";
 
    using MoxVlanMappingRecord::MoxVlanMappingRecord;
    MoxVlanMappingStatus( Zel::StringIterator& current, Zel::StringIterator end )

@@ -20,13 +20,13 @@ namespace Mox {
 
 class ZEL_EXPORT MoxVlanMappingConfigDir : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingConfigDir";
+   static constexpr char zelTypeName[] = "Mox::MoxVlanMappingConfigDir";
    static constexpr Zel::AttributeId kAttrConfig = 130;
    static Zel::Ptr< MoxVlanMappingConfigDir > MoxVlanMappingConfigDirIs();
 
    class ZelConfig : public RecordNode< MoxVlanMappingConfig > {
     public:
-      static constexpr const char* zelTypeName = "Mox::MoxVlanMappingConfigDir::ZelConfig";
+      static constexpr char zelTypeName[] = "Mox::MoxVlanMappingConfigDir::ZelConfig";
 
     protected:
       using RecordNode::RecordNode;

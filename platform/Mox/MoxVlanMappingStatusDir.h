@@ -20,13 +20,13 @@ namespace Mox {
 
 class ZEL_EXPORT MoxVlanMappingStatusDir : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Mox::MoxVlanMappingStatusDir";
+   static constexpr char zelTypeName[] = "Mox::MoxVlanMappingStatusDir";
    static constexpr Zel::AttributeId kAttrStatus = 130;
    static Zel::Ptr< MoxVlanMappingStatusDir > MoxVlanMappingStatusDirIs();
 
    class ZelStatus : public RecordNode< MoxVlanMappingStatus > {
     public:
-      static constexpr const char* zelTypeName = "Mox::MoxVlanMappingStatusDir::ZelStatus";
+      static constexpr char zelTypeName[] = "Mox::MoxVlanMappingStatusDir::ZelStatus";
 
     protected:
       using RecordNode::RecordNode;

@@ -18,7 +18,7 @@ namespace Mox {
 /// where they are used. The default is the empty interface, VLAN 1, no inner VLAN.
 class ZEL_EXPORT PortVlanKey {
  public:
-   static constexpr const char* zelTypeName = "Mox::PortVlanKey";
+   static constexpr char zelTypeName[] = "Mox::PortVlanKey";
    constexpr PortVlanKey() = default;
    constexpr PortVlanKey( Corvel::IntfId intfId, Bridging::VlanId vlanId,
                           std::uint16_t innerVlanId = 0 )

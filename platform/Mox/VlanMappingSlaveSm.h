@@ -41,7 +41,7 @@ namespace Mox {
 
 class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm";
+   static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm";
 
    void hasNotificationActiveIs( bool active ) override;
    Zel::TypeHandle fwkType() const override;
@@ -77,7 +77,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
  private:
    class ZelIngressConfigDir : public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
     public:
-      static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm::ZelIngressConfigDir";
+      static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm::ZelIngressConfigDir";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;
 
     protected:
@@ -85,7 +85,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    };
    class ZelEgressConfigDir : public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
     public:
-      static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm::ZelEgressConfigDir";
+      static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm::ZelEgressConfigDir";
       void onAttribute( Zel::AttributeId attribute, const void* key ) override;
 
     protected:
@@ -93,7 +93,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    };
    class ZelDelivered : public RecordNode< MoxVlanMappingConfig > {
     public:
-      static constexpr const char* zelTypeName = "Mox::VlanMappingSlaveSm::ZelDelivered";
+      static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm::ZelDelivered";
 
     protected:
       using RecordNode::RecordNode;

@@ -32,7 +32,7 @@ class TaskScheduler;
 /// Lower values run first; equal ones take turns. The default, 0, is the first.
 class ZEL_EXPORT TaskPriority {
  public:
-   static constexpr const char* zelTypeName = "Quen::TaskPriority";
+   static constexpr char zelTypeName[] = "Quen::TaskPriority";
 
    constexpr TaskPriority() = default;
    /// Parses a bare number.
@@ -54,7 +54,7 @@ ZEL_EXPORT Zel::String valueToStrep( const TaskPriority& priority );
 
 class ZEL_EXPORT Task : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Quen::Task";
+   static constexpr char zelTypeName[] = "Quen::Task";
    /// Attribute that is notified, with no key, to run the task.
    static constexpr Zel::AttributeId kRun = 130;
    static constexpr Zel::Seconds kDefaultQuantum = 0.01;

@@ -48,7 +48,7 @@ ZEL_EXPORT void zelParseValue( Zel::StringIterator& current, Zel::StringIterator
 
 class ZEL_EXPORT TaskScheduler : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Quen::TaskScheduler";
+   static constexpr char zelTypeName[] = "Quen::TaskScheduler";
    /// Attribute that is notified, with no key, when the queue stops being empty.
    static constexpr Zel::AttributeId kWorkWaiting = 130;
 

@@ -17,7 +17,7 @@ using Seconds = double;
 
 class ZEL_EXPORT Clock : public PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Zel::Clock";
+   static constexpr char zelTypeName[] = "Zel::Clock";
 
    /// Seconds since a fixed but unspecified moment; never goes back.
    virtual Seconds now() const = 0;
@@ -31,7 +31,7 @@ class ZEL_EXPORT Clock : public PtrInterface {
 /// The machine's monotonic time.
 class ZEL_EXPORT SteadyClock : public Clock {
  public:
-   static constexpr const char* zelTypeName = "Zel::SteadyClock";
+   static constexpr char zelTypeName[] = "Zel::SteadyClock";
    static Ptr< SteadyClock > SteadyClockIs();
    Seconds now() const override;
    TypeHandle fwkType() const override;
@@ -44,7 +44,7 @@ class ZEL_EXPORT SteadyClock : public Clock {
 /// Stands still until it is told to move. Starts at 0.
 class ZEL_EXPORT ManualClock : public Clock {
  public:
-   static constexpr const char* zelTypeName = "Zel::ManualClock";
+   static constexpr char zelTypeName[] = "Zel::ManualClock";
    static Ptr< ManualClock > ManualClockIs();
    Seconds now() const override { return now_; }
    /// Throws RangeException "Zel::ManualClock::advance: span < 0 not allowed".

@@ -15,16 +15,22 @@
 namespace Zel {
 namespace {
 
-// The one place where an operation code meets what a row says of it.
-constexpr std::array< std::pair< OpCode, Operation AttributeRecord::* >, 7 > kOperations{ {
-   { OpCode::Get, &AttributeRecord::get },
-   { OpCode::Set, &AttributeRecord::set },
-   { OpCode::Delete, &AttributeRecord::del },
-   { OpCode::Size, &AttributeRecord::size },
-   { OpCode::Changes, &AttributeRecord::changes },
-   { OpCode::Has, &AttributeRecord::has },
-   { OpCode::Call, &AttributeRecord::call },
-} };
+// The one place where an operation code meets what a row says of it: by code, null for the others.
+constexpr auto kOperations = [] {
+   std::array< Operation AttributeRecord::*, static_cast< std::size_t >( OpCode::Call ) + 1 >
+      byCode{};
+   const auto is = [ &byCode ]( OpCode code, Operation AttributeRecord::*operation ) {
+      byCode[ static_cast< std::size_t >( code ) ] = operation;
+   };
+   is( OpCode::Get, &AttributeRecord::get );
+   is( OpCode::Set, &AttributeRecord::set );
+   is( OpCode::Delete, &AttributeRecord::del );
+   is( OpCode::Size, &AttributeRecord::size );
+   is( OpCode::Changes, &AttributeRecord::changes );
+   is( OpCode::Has, &AttributeRecord::has );
+   is( OpCode::Call, &AttributeRecord::call );
+   return byCode;
+}();
 
 constexpr Operation kNone{};
 
@@ -54,11 +60,29 @@ readableAs( TypeHandle type, TypeHandle wanted ) {
    return zelDerives( type, wanted ) && type.record()->polymorphic == wanted.record()->polymorphic;
 }
 
-// Equal names settle it without a look-up; most arguments are of exactly the type asked for.
+// Equal names settle it without a look-up; most arguments are of exactly the type asked for, and
+// a process has the name of an exported type once.
 bool
 isOf( TypeHandle type, const char* wanted ) {
-   return type &&
-          ( std::strcmp( type.name(), wanted ) == 0 || readableAs( type, zelTypeOf( wanted ) ) );
+   return type && ( type.name() == wanted || std::strcmp( type.name(), wanted ) == 0 ||
+                    readableAs( type, zelTypeOf( wanted ) ) );
+}
+
+template < class Name >
+[[noreturn]] void
+throwArguments( const Name& name, std::span< const char* const > types,
+                std::span< const Value > arguments ) {
+   if ( arguments.size() != types.size() ) {
+      throw TypeException( name() + " takes " + listOf( types ) + ", " +
+                           std::to_string( arguments.size() ) + " given" );
+   }
+   std::size_t i = 0;
+   while ( isOf( arguments[ i ].type(), types[ i ] ) ) {
+      ++i;
+   }
+   throw TypeException( name() + " takes a " + types[ i ] + " as argument " +
+                        std::to_string( i + 1 ) + ", " + nameOf( arguments[ i ].type() ) +
+                        " given" );
 }
 
 /// `name` is called for the name of the operation when an error has to tell it.
@@ -66,16 +90,12 @@ template < class Name >
 void
 requireArguments( const Name& name, std::span< const char* const > types,
                   std::span< const Value > arguments ) {
-   if ( arguments.size() != types.size() ) {
-      throw TypeException( name() + " takes " + listOf( types ) + ", " +
-                           std::to_string( arguments.size() ) + " given" );
-   }
-   for ( std::size_t i = 0; i < types.size(); ++i ) {
-      if ( !isOf( arguments[ i ].type(), types[ i ] ) ) {
-         throw TypeException( name() + " takes a " + types[ i ] + " as argument " +
-                              std::to_string( i + 1 ) + ", " + nameOf( arguments[ i ].type() ) +
-                              " given" );
-      }
+   const bool areOfThem =
+      std::ranges::equal( arguments, types, []( const Value& argument, const char* type ) {
+         return isOf( argument.type(), type );
+      } );
+   if ( !areOfThem ) [[unlikely]] {
+      throwArguments( name, types, arguments );
    }
 }
 
@@ -124,6 +144,17 @@ wholeValueOp( Value& result, View object, unsigned operation, std::span< const V
    return kDone;
 }
 
+const AttributeRecord*
+rowOf( std::span< const AttributeRecord > rows, AttributeId id ) {
+   // Ids are numbered in the order of the rows, mostly without a gap.
+   const std::size_t guess = rows.empty() ? 0 : std::size_t{ id } - rows.front().id;
+   if ( guess < rows.size() && rows[ guess ].id == id ) {
+      return &rows[ guess ];
+   }
+   const auto row = std::ranges::find( rows, id, &AttributeRecord::id );
+   return row != rows.end() ? &*row : nullptr;
+}
+
 struct FoundAttribute {
    TypeHandle type;
    const AttributeRecord* row = nullptr;
@@ -168,8 +199,8 @@ genericIfAttributeOp( Value& result, View object, AttributeId attribute, unsigne
    if ( attribute == 0 && type.kind == TypeKind::Value ) {
       return wholeValueOp( result, object, operation, arguments );
    }
-   const auto row = std::ranges::find( type.attributes, attribute, &AttributeRecord::id );
-   if ( row == type.attributes.end() ) {
+   const AttributeRecord* const row = rowOf( type.attributes, attribute );
+   if ( !row ) {
       return kNoAttribute;
    }
    if ( type.kind == TypeKind::Entity ) {
@@ -245,10 +276,8 @@ zelConstruct( TypeHandle type, std::initializer_list< Value > arguments ) {
 
 const Operation&
 zelOperation( const AttributeRecord& row, unsigned operation ) {
-   const auto found = std::ranges::find( kOperations, operation, []( const auto& entry ) {
-      return static_cast< unsigned >( entry.first );
-   } );
-   return found == kOperations.end() ? kNone : row.*found->second;
+   const auto found = operation < kOperations.size() ? kOperations[ operation ] : nullptr;
+   return found ? row.*found : kNone;
 }
 
 bool

@@ -34,7 +34,7 @@ struct HashThread {
 
 class ZEL_EXPORT HashNode : public PtrInterface, private Detail::HashThread {
  public:
-   static constexpr const char* zelTypeName = "Zel::HashNode";
+   static constexpr char zelTypeName[] = "Zel::HashNode";
 
    /// Whether the node stands in its collection.
    bool linked() const { return word_.flag( ReferenceWord::kLinked ); }

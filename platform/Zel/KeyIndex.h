@@ -35,7 +35,7 @@ namespace Zel {
 
 class ZEL_EXPORT SmallKeyNode : public PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Zel::SmallKeyNode";
+   static constexpr char zelTypeName[] = "Zel::SmallKeyNode";
 
    /// Whether the node stands in its map.
    bool linked() const { return word_.flag( ReferenceWord::kLinked ); }

@@ -71,7 +71,7 @@ class ZEL_EXPORT PtrInterface {
  public:
    class NotifieeConst;
 
-   static constexpr const char* zelTypeName = "Zel::PtrInterface";
+   static constexpr char zelTypeName[] = "Zel::PtrInterface";
 
    /// The reactors of this entity; null when it tells nobody of its changes.
    virtual NotifieeList* notifieeList() const;

@@ -21,7 +21,7 @@ namespace Zel {
 
 class ZEL_EXPORT RbNode : public PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Zel::RbNode";
+   static constexpr char zelTypeName[] = "Zel::RbNode";
 
    /// Whether the node stands in its map.
    bool linked() const { return word_.flag( ReferenceWord::kLinked ); }

@@ -128,10 +128,12 @@ class RbTreeMap {
 
    /// As deleting every element and inserting one for each of `sorted`, but elements that nobody
    /// else holds are used again: `make()` makes those that are missing, before anything is changed,
-   /// and `write( node, key )` turns each into the one that it becomes. Requires: `sorted` is in
-   /// order, without equal keys (asserted by verify() alone). O(n).
+   /// and `write( node, key )` turns each into the one that it becomes. `nodes` is working memory;
+   /// kept from call to call it spares the allocation. Requires: `sorted` is in order, without equal
+   /// keys (asserted by verify() alone). O(n).
    template < class Make, class Write >
-   void refill( std::span< const Key > sorted, const Make& make, const Write& write );
+   void refill( std::span< const Key > sorted, std::vector< Node* >& nodes, const Make& make,
+                const Write& write );
 
    /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
    Node* next( const Node& node ) const {
@@ -198,11 +200,11 @@ class RbTreeMap {
 template < class NodeType >
 template < class Make, class Write >
 void
-RbTreeMap< NodeType >::refill( std::span< const Key > sorted, const Make& make,
-                               const Write& write ) {
+RbTreeMap< NodeType >::refill( std::span< const Key > sorted, std::vector< Node* >& nodes,
+                               const Make& make, const Write& write ) {
    const auto size = static_cast< std::uint32_t >( sorted.size() );
    const std::uint32_t changes = tree_.changes() + tree_.size() + size;
-   std::vector< Node* > nodes;
+   nodes.clear();
    nodes.reserve( std::max( tree_.size(), size ) );
    std::vector< const Node* > held;
    for ( Node* node = typed( tree_.first() ); node; node = after( *node ) ) {

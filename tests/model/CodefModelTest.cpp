@@ -291,7 +291,7 @@ class Model {
 
 class HostileCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "CodefModelTest::HostileCodef";
+   static constexpr char zelTypeName[] = "CodefModelTest::HostileCodef";
    void processSortedVlanRange( IntfId intfId ) override { process( intfId.value() ); }
    void vlanXlateCodefComplete() override { complete(); }
 

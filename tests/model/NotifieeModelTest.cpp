@@ -301,7 +301,7 @@ class Model {
 
 class Subject : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NotifieeModelTest::Subject";
+   static constexpr char zelTypeName[] = "NotifieeModelTest::Subject";
    int number = 0;
 
    explicit Subject( std::string& log ) : log_( log ) {}
@@ -323,7 +323,7 @@ class Subject : public Zel::PtrInterface {
 
 class Probe : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "NotifieeModelTest::Probe";
+   static constexpr char zelTypeName[] = "NotifieeModelTest::Probe";
    Probe( std::size_t name, std::string& log, std::function< void( int ) > told )
        : name_( name ), log_( log ), told_( std::move( told ) ) {}
    ~Probe() override { log_ += "~probe" + std::to_string( name_ ) + " "; }

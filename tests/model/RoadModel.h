@@ -166,7 +166,7 @@ class Model {
 /// Takes what the task hands over, and lets the quantum tick.
 class TickingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "RoadModel::TickingCodef";
+   static constexpr char zelTypeName[] = "RoadModel::TickingCodef";
    Zel::Ptr< Zel::ManualClock > clock;
    void processSortedVlanRange( Corvel::IntfId ) override { clock->advance( 0.03 ); }
 

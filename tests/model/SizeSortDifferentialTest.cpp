@@ -108,7 +108,7 @@ class LiteralSorted {
 
 class SilentCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "SilentCodef";
+   static constexpr char zelTypeName[] = "SilentCodef";
    void processSortedVlanRange( IntfId ) override {}
 
  protected:

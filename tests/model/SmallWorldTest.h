@@ -24,7 +24,7 @@ namespace SmallWorld {
 
 class SilentCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "SilentCodef";
+   static constexpr char zelTypeName[] = "SilentCodef";
    void processSortedVlanRange( IntfId ) override {}
 
  protected:

@@ -21,7 +21,7 @@ using Zel::Value;
 
 class Collector : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "Collector";
+   static constexpr char zelTypeName[] = "Collector";
    void processSortedVlanRange( Corvel::IntfId intfId ) override {
       heard += std::to_string( intfId.value() ) + "\n";
    }

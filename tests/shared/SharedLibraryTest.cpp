@@ -61,7 +61,7 @@ static_assert( std::is_same_v<
 
 class Collector : public MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "Collector";
+   static constexpr char zelTypeName[] = "Collector";
    void processSortedVlanRange( Corvel::IntfId intfId ) override {
       const auto entry = vlanXlateScaleEntryDir()->vlanXlateScaleEntryIs( intfId );
       for ( const auto& element : entry->vidRangeSorted() ) {
@@ -113,7 +113,7 @@ struct HardwareFailure {};
 
 class FailingCodef : public MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "FailingCodef";
+   static constexpr char zelTypeName[] = "FailingCodef";
    void processSortedVlanRange( Corvel::IntfId ) override { throw HardwareFailure(); }
 
  protected:

@@ -26,7 +26,7 @@ namespace TestSupport {
 
 class SampleCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "SampleCodef";
+   static constexpr char zelTypeName[] = "SampleCodef";
    void processSortedVlanRange( Corvel::IntfId ) override {}
 
  protected:

@@ -19,7 +19,7 @@ namespace {
 
 class Collector : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "Collector";
+   static constexpr char zelTypeName[] = "Collector";
 
    void processSortedVlanRange( Corvel::IntfId intf ) override {
       const auto entry = vlanXlateScaleEntryDir()->vlanXlateScaleEntry( intf );

@@ -25,7 +25,7 @@ using Mox::PortVlanKey;
 // Logs "ATTRIBUTE:PORT/VLAN" or "ATTRIBUTE:PORT" for each change.
 class ChangeLog : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "DirectoriesTest::ChangeLog";
+   static constexpr char zelTypeName[] = "DirectoriesTest::ChangeLog";
    enum class Keys { PortVlan, Port };
    ChangeLog( const Zel::Ptr< Zel::PtrInterface >& entity, Keys keys ) : keys_( keys ) {
       zelNotifierIs( entity );

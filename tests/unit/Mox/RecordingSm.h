@@ -62,7 +62,7 @@ struct Record {
 
 class RecordingSm : public Mox::VlanMappingSlaveSm {
  public:
-   static constexpr const char* zelTypeName = "TestMox::RecordingSm";
+   static constexpr char zelTypeName[] = "TestMox::RecordingSm";
    RecordingSm( const Zel::Ptr< Mox::MoxCommonSmData >& acsd, Record& record )
        : VlanMappingSlaveSm( acsd, nullptr, nullptr, nullptr ), record_( record ) {}
 

@@ -56,7 +56,7 @@ using VlanMappingSlaveSmDeathTest = VlanMappingSlaveSmTest;
 // Takes every argument of the base.
 class Complete : public Mox::VlanMappingSlaveSm {
  public:
-   static constexpr const char* zelTypeName = "VlanMappingSlaveSmTest::Complete";
+   static constexpr char zelTypeName[] = "VlanMappingSlaveSmTest::Complete";
    Complete( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
              const Zel::Ptr< const Zel::Clock >& clock,
              const Zel::Ptr< const Bridging::Config >& config,

@@ -98,7 +98,7 @@ TEST_F( CodefConstructionTest, WithoutAScheduleNothingWatchesIt ) {
 
 class ThrowingCodef : public RecordingCodef {
  public:
-   static constexpr const char* zelTypeName = "ThrowingCodef";
+   static constexpr char zelTypeName[] = "ThrowingCodef";
 
  protected:
    ThrowingCodef( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
@@ -124,7 +124,7 @@ TEST_F( CodefConstructionTest, ADerivedConstructorThatThrowsLeavesNothingBehind 
 // Told when the scheduler's queue stops being empty.
 class QueueListener : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "QueueListener";
+   static constexpr char zelTypeName[] = "QueueListener";
    void onAttribute( Zel::AttributeId, const void* ) override { react_(); }
 
  protected:

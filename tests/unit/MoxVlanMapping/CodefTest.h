@@ -24,7 +24,7 @@
 /// What was handed over, in order: "7: 10-20 M, 5-5 M" for an interface, "complete".
 class RecordingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "RecordingCodef";
+   static constexpr char zelTypeName[] = "RecordingCodef";
 
    void processSortedVlanRange( Corvel::IntfId intfId ) override {
       const auto entry = vlanXlateScaleEntryDir()->vlanXlateScaleEntry( intfId );

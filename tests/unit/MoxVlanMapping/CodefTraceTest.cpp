@@ -197,7 +197,7 @@ TEST_F( CodefTraceTest, RingRecordsHoldFormatAndRawArgument ) {
 
 class SilentCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "SilentCodef";
+   static constexpr char zelTypeName[] = "SilentCodef";
    void processSortedVlanRange( IntfId ) override {}
 
  protected:

@@ -295,7 +295,7 @@ TEST_F( DrainTest, AllSingleVlansAreSortedByNumber ) {
 // A derived class need not care for completion.
 class QuietCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "QuietCodef";
+   static constexpr char zelTypeName[] = "QuietCodef";
    void processSortedVlanRange( IntfId ) override {}
 
  protected:

@@ -212,7 +212,7 @@ TEST_F( GenericCollectionTest, AnEntityMapMakesItsEntityOnceAndAnswersIt ) {
 // Writes down the interfaces that it is told of.
 class Listener : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "Listener";
+   static constexpr char zelTypeName[] = "Listener";
    void onAttribute( Zel::AttributeId attribute, const void* key ) override {
       heard_ += std::to_string( attribute ) + ": " +
                 std::to_string( static_cast< const Corvel::IntfId* >( key )->value() ) + "\n";

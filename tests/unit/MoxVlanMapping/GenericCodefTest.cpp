@@ -21,7 +21,7 @@ struct HardwareFailure {};
 // Has an attribute of its own behind those of the base.
 class CountingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  public:
-   static constexpr const char* zelTypeName = "Test::CountingCodef";
+   static constexpr char zelTypeName[] = "Test::CountingCodef";
    static Zel::Ptr< CountingCodef >
    CountingCodefIs( const Zel::Ptr< Mox::MoxCommonSmData >& acsd,
                     const Zel::Ptr< Quen::TaskScheduler >& scheduler,

@@ -135,7 +135,7 @@ struct CannotBeMade {};
 // Says how often its arguments were held while it was being made, and is never made.
 class Unmakeable : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Test::Unmakeable";
+   static constexpr char zelTypeName[] = "Test::Unmakeable";
    static inline std::string held;
 
    static Zel::Ptr< Unmakeable >
@@ -163,7 +163,7 @@ class Unmakeable : public Zel::PtrInterface {
 // Value types that are related but do not agree in having a vtable.
 class Flat {
  public:
-   static constexpr const char* zelTypeName = "Test::Flat";
+   static constexpr char zelTypeName[] = "Test::Flat";
    Flat() = default;
    explicit Flat( std::uint16_t number ) : number_( number ) {}
    Flat( Zel::StringIterator& current, Zel::StringIterator end )
@@ -183,7 +183,7 @@ valueToStrep( const Flat& flat ) {
 
 class Tall : public Flat {
  public:
-   static constexpr const char* zelTypeName = "Test::Tall";
+   static constexpr char zelTypeName[] = "Test::Tall";
    using Flat::Flat;
    virtual ~Tall() = default;
    Tall() = default;
@@ -194,7 +194,7 @@ class Tall : public Flat {
 // Takes a Flat.
 class Reader : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Test::Reader";
+   static constexpr char zelTypeName[] = "Test::Reader";
    static Zel::Ptr< Reader > ReaderIs() { return Zel::newEntity< Reader >(); }
    std::uint16_t numberOf( const Flat& flat ) { return flat.number(); }
    Zel::TypeHandle fwkType() const override;

@@ -83,7 +83,7 @@ TEST_F( GenericIteratorTest, AnEmptyCollectionIsAtItsEndAtOnce ) {
 // Counts what it is told.
 class Listener : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "Listener";
+   static constexpr char zelTypeName[] = "Listener";
    void onAttribute( Zel::AttributeId, const void* ) override { ++told; }
    unsigned told = 0;
 

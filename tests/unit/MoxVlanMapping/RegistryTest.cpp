@@ -253,7 +253,7 @@ TEST_F( EntityTypeTest, EveryConstructibleEntityAnswersTheTypeItWasConstructedAs
 
 class QuietSm : public Mox::VlanMappingSlaveSm {
  public:
-   static constexpr const char* zelTypeName = "QuietSm";
+   static constexpr char zelTypeName[] = "QuietSm";
    void doAddIngressVlanMapping( const Mox::PortVlanKey& ) override {}
    void doDelIngressVlanMapping( const Mox::PortVlanKey& ) override {}
    void doAddEgressVlanMapping( const Mox::PortVlanKey& ) override {}

@@ -20,7 +20,7 @@ using Corvel::IntfId;
 
 class ScheduleListener : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "ScheduleListener";
+   static constexpr char zelTypeName[] = "ScheduleListener";
    void onAttribute( Zel::AttributeId, const void* ) override { react_(); }
 
  protected:

@@ -21,7 +21,7 @@ using MoxVlanMapping::VlanXlateScheduleDir;
 // Writes down what it is told, with the schedule as it stands then.
 class Listener : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "Listener";
+   static constexpr char zelTypeName[] = "Listener";
 
    void onAttribute( Zel::AttributeId attribute, const void* key ) override {
       const auto& dir = static_cast< const VlanXlateScheduleDir& >( *zelNotifier() );

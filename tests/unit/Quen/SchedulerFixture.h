@@ -25,7 +25,7 @@ struct Worker {
 
 class WorkerReactor : public Zel::Reactor< Quen::Task, Worker > {
  public:
-   static constexpr const char* zelTypeName = "TestQuen::WorkerReactor";
+   static constexpr char zelTypeName[] = "TestQuen::WorkerReactor";
    WorkerReactor( const Zel::Ptr< Quen::Task >& task, Worker* worker, std::string* log )
        : Reactor( task, worker ), log_( log ) {}
 

@@ -20,7 +20,7 @@ struct Loop {
 };
 class LoopReactor : public Zel::Reactor< TaskScheduler, Loop > {
  public:
-   static constexpr const char* zelTypeName = "TaskSchedulerTest::LoopReactor";
+   static constexpr char zelTypeName[] = "TaskSchedulerTest::LoopReactor";
    void onAttribute( Zel::AttributeId attribute, const void* ) override {
       EXPECT_EQ( attribute, TaskScheduler::kWorkWaiting );
       ++owner()->woken;

@@ -49,7 +49,7 @@ zelPlace( Small key ) {
 template < class Base, class Key >
 class KeyedNode : public Base {
  public:
-   static constexpr const char* zelTypeName = "TestCollections::KeyedNode";
+   static constexpr char zelTypeName[] = "TestCollections::KeyedNode";
    const Key& key() const { return key_; }
    int value() const { return value_; }
    void valueIs( int value ) { value_ = value; }
@@ -65,7 +65,7 @@ class KeyedNode : public Base {
 /// A node whose key may be written, as refilling does.
 class RefillNode : public Zel::RbTreeNode< std::uint32_t > {
  public:
-   static constexpr const char* zelTypeName = "TestCollections::RefillNode";
+   static constexpr char zelTypeName[] = "TestCollections::RefillNode";
    std::uint32_t key() const { return key_; }
    void keyIs( std::uint32_t key ) { key_ = key; }
 

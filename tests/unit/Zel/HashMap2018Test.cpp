@@ -20,7 +20,7 @@ using TestCollections::Hashed;
 
 class Member : public Zel::HashSetNode< std::uint64_t > {
  public:
-   static constexpr const char* zelTypeName = "HashMap2018Test::Member";
+   static constexpr char zelTypeName[] = "HashMap2018Test::Member";
 
  protected:
    using HashSetNode::HashSetNode;
@@ -217,7 +217,7 @@ TEST_F( HashMap2018Test, AnElementPresentDuringTheWholeWalkIsMetOnceWhateverElse
 
 class Port : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "HashMap2018Test::Port";
+   static constexpr char zelTypeName[] = "HashMap2018Test::Port";
    explicit Port( std::uint64_t id ) : id_( id ) {}
    std::uint64_t id() const { return id_; }
 
@@ -229,7 +229,7 @@ struct PortKeyFunktor {
 };
 class PortNode : public Zel::HashEntityNode< Port, PortKeyFunktor > {
  public:
-   static constexpr const char* zelTypeName = "HashMap2018Test::PortNode";
+   static constexpr char zelTypeName[] = "HashMap2018Test::PortNode";
 
  protected:
    using HashEntityNode::HashEntityNode;
@@ -249,7 +249,7 @@ TEST_F( HashMap2018Test, AMapOfEntitiesReadsTheKeyFromTheEntityAndOwnsAReference
 // Looks its neighbour up when it goes.
 class CuriousNode : public Zel::HashNode {
  public:
-   static constexpr const char* zelTypeName = "HashMap2018Test::CuriousNode";
+   static constexpr char zelTypeName[] = "HashMap2018Test::CuriousNode";
    using Map = Zel::HashMap2018< CuriousNode, 1 >;
    const std::uint32_t& key() const { return key_; }
 

@@ -23,7 +23,7 @@ namespace {
 
 class Thing : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NewEntityTest::Thing";
+   static constexpr char zelTypeName[] = "NewEntityTest::Thing";
    explicit Thing( int n = 0 ) : number( n ) {}
    int number;
 };
@@ -31,7 +31,7 @@ class Thing : public Zel::PtrInterface {
 // Shares a pointer to itself with a visitor while it is being constructed.
 class SelfSharing : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NewEntityTest::SelfSharing";
+   static constexpr char zelTypeName[] = "NewEntityTest::SelfSharing";
    SelfSharing() {
       const Zel::Ptr< SelfSharing > me( this );
       referencesInside = zelReferences();
@@ -41,7 +41,7 @@ class SelfSharing : public Zel::PtrInterface {
 
 class Throwing : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NewEntityTest::Throwing";
+   static constexpr char zelTypeName[] = "NewEntityTest::Throwing";
    Throwing() {
       const Zel::Ptr< Throwing > me( this );
       throw std::runtime_error( "no" );
@@ -50,7 +50,7 @@ class Throwing : public Zel::PtrInterface {
 
 class ThrowingMaybe : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NewEntityTest::ThrowingMaybe";
+   static constexpr char zelTypeName[] = "NewEntityTest::ThrowingMaybe";
    ThrowingMaybe( bool doThrow, const void*& place ) {
       place = this;
       if ( doThrow ) {

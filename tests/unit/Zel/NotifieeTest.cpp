@@ -21,7 +21,7 @@ constexpr Zel::AttributeId kNumber = 130;
 // An entity with one attribute.
 class Subject : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NotifieeTest::Subject";
+   static constexpr char zelTypeName[] = "NotifieeTest::Subject";
    void numberIs( int number ) {
       number_ = number;
       list_.notify( kNumber, &number_ );
@@ -37,7 +37,7 @@ class Subject : public Zel::PtrInterface {
 // Logs what it is told as "NAME=NUMBER", then does what the test wants.
 class Probe : public Zel::PtrInterface::NotifieeConst {
  public:
-   static constexpr const char* zelTypeName = "NotifieeTest::Probe";
+   static constexpr char zelTypeName[] = "NotifieeTest::Probe";
    Probe( std::string name, std::string& log ) : name_( std::move( name ) ), log_( log ) {}
 
    void onAttribute( Zel::AttributeId attribute, const void* key ) override {
@@ -378,7 +378,7 @@ TEST_F( NotifieeTest, ANotifieeMayHoldTheLastReferenceToItsNotifier ) {
 
 class Throwing : public Probe {
  public:
-   static constexpr const char* zelTypeName = "NotifieeTest::Throwing";
+   static constexpr char zelTypeName[] = "NotifieeTest::Throwing";
    Throwing( const Zel::Ptr< Subject >& subject, std::string& log ) : Probe( "t", log ) {
       zelNotifierIs( subject );
       throw std::runtime_error( "no" );
@@ -395,7 +395,7 @@ using NotifieeDeathTest = NotifieeTest;
 
 class Mute : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NotifieeTest::Mute";
+   static constexpr char zelTypeName[] = "NotifieeTest::Mute";
 };
 
 TEST_F( NotifieeDeathTest, WatchingAnEntityWithoutAListAborts ) {
@@ -406,7 +406,7 @@ TEST_F( NotifieeDeathTest, WatchingAnEntityWithoutAListAborts ) {
 
 class Elsewhere : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "NotifieeTest::Elsewhere";
+   static constexpr char zelTypeName[] = "NotifieeTest::Elsewhere";
    explicit Elsewhere( Zel::NotifieeList* l ) : list_( l ) {}
    Zel::NotifieeList* notifieeList() const override { return list_; }
 
@@ -427,7 +427,7 @@ TEST_F( NotifieeDeathTest, AListThatGoesBeforeItsNotifieesAborts ) {
 
 class Clinging : public Probe {
  public:
-   static constexpr const char* zelTypeName = "NotifieeTest::Clinging";
+   static constexpr char zelTypeName[] = "NotifieeTest::Clinging";
    explicit Clinging( std::string& log ) : Probe( "x", log ) {}
 
  protected:

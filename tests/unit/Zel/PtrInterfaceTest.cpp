@@ -24,7 +24,7 @@ using Slots = std::vector< std::size_t >;
 
 class Plain : public PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "PtrInterfaceTest::Plain";
+   static constexpr char zelTypeName[] = "PtrInterfaceTest::Plain";
 };
 
 class PtrInterfaceTest : public TestSupport::NoneLeftTest {};
@@ -72,7 +72,7 @@ TEST_F( PtrInterfaceTest, ZeroReferencesFalseDestroysNothing ) {
 // Goes to a shelf instead of its grave.
 class Shelved : public PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "PtrInterfaceTest::Shelved";
+   static constexpr char zelTypeName[] = "PtrInterfaceTest::Shelved";
    explicit Shelved( std::vector< Shelved* >& shelf ) : shelf_( shelf ) {}
    void zeroReferencesIs( bool zero ) override {
       if ( zero && !done_ ) {

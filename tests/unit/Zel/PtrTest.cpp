@@ -17,13 +17,13 @@ namespace {
 
 class Animal : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Animal";
+   static constexpr char zelTypeName[] = "PtrTest::Animal";
    int legs = 4;
 };
 
 class Bird : public Animal {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Bird";
+   static constexpr char zelTypeName[] = "PtrTest::Bird";
    Bird() { legs = 2; }
 };
 
@@ -171,7 +171,7 @@ TEST_F( PtrTest, DereferencesToTheObject ) {
 // An object whose destructor looks at the pointer that held it.
 class Witness : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Witness";
+   static constexpr char zelTypeName[] = "PtrTest::Witness";
    Zel::Ptr< Witness >* holder = nullptr;
    bool* holderWasEmpty = nullptr;
 
@@ -203,7 +203,7 @@ TEST_F( PtrTest, AnAssignedPointerHoldsTheNewObjectBeforeTheOldOneGoes ) {
 
 class Node : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Node";
+   static constexpr char zelTypeName[] = "PtrTest::Node";
    Zel::Ptr< Node > next;
 };
 
@@ -218,7 +218,7 @@ TEST_F( PtrTest, AnObjectThatOwnsItsSuccessorMayBeReplacedByIt ) {
 // What a destructor does that keeps, or makes and drops, a pointer to its own object.
 class Clinging : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Clinging";
+   static constexpr char zelTypeName[] = "PtrTest::Clinging";
    enum class Sin { KeepAReference, DropAReference } sin;
    Zel::Ptr< Zel::PtrInterface >* kept = nullptr;
    explicit Clinging( Sin s ) : sin( s ) {}
@@ -253,7 +253,7 @@ TEST_F( PtrDeathTest, AReferenceMadeAndDroppedInADestructorAborts ) {
 // Stays in memory when its last reference goes, so that a test can go on below zero.
 class Undying : public Animal {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Undying";
+   static constexpr char zelTypeName[] = "PtrTest::Undying";
    void zeroReferencesIs( bool ) override {}
 };
 
@@ -269,7 +269,7 @@ TEST_F( PtrDeathTest, AReferenceGivenBackTwiceAborts ) {
 
 class Abandoned : public Animal {
  public:
-   static constexpr const char* zelTypeName = "PtrTest::Abandoned";
+   static constexpr char zelTypeName[] = "PtrTest::Abandoned";
    void destroyWhileReferenced() { Zel::PtrInterface::zeroReferencesIs( true ); }
 };
 

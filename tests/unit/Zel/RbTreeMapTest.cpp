@@ -180,7 +180,7 @@ class RbTreeMapRefillTest : public TestSupport::NoneLeftTest {
    struct Map : Zel::RbTreeMap< TestCollections::RefillNode > {
       void fill( const std::vector< std::uint32_t >& keys ) {
          refill(
-            keys, [] { return Zel::newEntity< TestCollections::RefillNode >( 0u ); },
+            keys, nodes, [] { return Zel::newEntity< TestCollections::RefillNode >( 0u ); },
             []( TestCollections::RefillNode& node, std::uint32_t key ) { node.keyIs( key ); } );
          verify();
       }
@@ -191,6 +191,8 @@ class RbTreeMapRefillTest : public TestSupport::NoneLeftTest {
          }
          return text;
       }
+
+      std::vector< Node* > nodes;
    };
 
    static std::vector< std::uint32_t > upTo( std::uint32_t count ) {
@@ -245,7 +247,7 @@ TEST_F( RbTreeMapRefillTest, CountsEveryElementAsDeletedAndInserted ) {
    EXPECT_EQ( map_.changes(), 3u );
    const auto held = map_.findElement( 1 );
    map_.refill(
-      std::vector< std::uint32_t >{ 1, 2 },
+      std::vector< std::uint32_t >{ 1, 2 }, map_.nodes,
       [] { return Zel::newEntity< TestCollections::RefillNode >( 0u ); },
       []( TestCollections::RefillNode& node, std::uint32_t key ) { node.keyIs( key ); } );
    EXPECT_EQ( map_.changes(), 3u + 3u + 2u );
@@ -257,7 +259,7 @@ TEST_F( RbTreeMapRefillTest, ChangesNothingWhenAnElementCannotBeMade ) {
    int left = 1;
    EXPECT_THROW(
       map_.refill(
-         upTo( 10 ),
+         upTo( 10 ), map_.nodes,
          [ &left ] {
             if ( left-- == 0 ) {
                throw std::bad_alloc();

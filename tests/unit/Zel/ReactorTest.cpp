@@ -12,7 +12,7 @@ namespace {
 
 class Lamp : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "ReactorTest::Lamp";
+   static constexpr char zelTypeName[] = "ReactorTest::Lamp";
    void flash() { list_.notify( 130, nullptr ); }
    Zel::NotifieeList* notifieeList() const override { return &list_; }
 
@@ -26,7 +26,7 @@ struct Watcher {
 
 class LampReactor : public Zel::Reactor< Lamp, Watcher > {
  public:
-   static constexpr const char* zelTypeName = "ReactorTest::LampReactor";
+   static constexpr char zelTypeName[] = "ReactorTest::LampReactor";
    void onAttribute( Zel::AttributeId, const void* ) override {
       if ( owner() ) {
          ++owner()->flashes;

@@ -27,7 +27,7 @@ namespace Shapes {
 
 class Point {
  public:
-   static constexpr const char* zelTypeName = "Shapes::Point";
+   static constexpr char zelTypeName[] = "Shapes::Point";
    static inline int live = 0;
 
    Point() { ++live; }
@@ -63,7 +63,7 @@ valueToStrep( const Point& point ) {
 
 class Shape : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Shapes::Shape";
+   static constexpr char zelTypeName[] = "Shapes::Shape";
 
    const Zel::String& name() const { return name_; }
    void nameIs( const Zel::String& name ) { name_ = name; }
@@ -84,7 +84,7 @@ class Shape : public Zel::PtrInterface {
 
 class Square : public Shape {
  public:
-   static constexpr const char* zelTypeName = "Shapes::Square";
+   static constexpr char zelTypeName[] = "Shapes::Square";
    static Zel::Ptr< Square > SquareIs( std::uint32_t side, const Point& corner ) {
       return Zel::newEntity< Square >( side, corner );
    }
@@ -112,7 +112,7 @@ class Square : public Shape {
 /// A square without a registration of its own.
 class Tile : public Square {
  public:
-   static constexpr const char* zelTypeName = "Shapes::Tile";
+   static constexpr char zelTypeName[] = "Shapes::Tile";
 
  protected:
    Tile() : Square( 1, Point() ) {}
@@ -121,7 +121,7 @@ class Tile : public Square {
 /// An entity that nobody registered, nor its base.
 class Stranger : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "Shapes::Stranger";
+   static constexpr char zelTypeName[] = "Shapes::Stranger";
 };
 
 inline constexpr std::array kPointRows{

@@ -24,7 +24,7 @@ constexpr int kRounds = 5000;
 
 class Shared : public Zel::PtrInterface {
  public:
-   static constexpr const char* zelTypeName = "SharedCountTest::Shared";
+   static constexpr char zelTypeName[] = "SharedCountTest::Shared";
    int number = 42;
 };
 

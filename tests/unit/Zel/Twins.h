@@ -22,7 +22,7 @@ struct Twin {
 
 class TwinNode : public Zel::RbTreeNode< Twin > {
  public:
-   static constexpr const char* zelTypeName = "TestCollections::TwinNode";
+   static constexpr char zelTypeName[] = "TestCollections::TwinNode";
    const Twin& key() const { return key_; }
 
  protected:
