@@ -55,7 +55,7 @@ class ZEL_EXPORT KeyIndex {
    enum Lane : unsigned { kFirst, kSecond };
    /// The nodes at one place, by lane; null where that collection has none.
    using Pair = std::array< SmallKeyNode*, 2 >;
-   static constexpr std::uint32_t kMostFew = 128;
+   static constexpr std::uint32_t kMostFew = 272;
    static constexpr KeyPlace kHighest = 0xffff;
    using At = KeyAt< Pair >;
    using Around = KeyAround< Pair >;

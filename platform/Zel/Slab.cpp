@@ -4,6 +4,7 @@
 #include "Zel/Slab.h"
 
 #include <algorithm>
+#include <memory>
 #include <new>
 
 #include "Zel/SharedCount.h"
@@ -21,6 +22,7 @@ namespace {
 
 constexpr std::size_t kFirstChunkBytes = 512;
 constexpr std::size_t kLargestChunkBytes = 64 * 1024;
+constexpr std::size_t kCacheLine = 64;
 
 #ifdef ZEL_SLAB_BYPASSED
 constexpr bool kBypassed = true;
@@ -52,8 +54,11 @@ Slab::addChunk() {
    const std::size_t least = std::max< std::size_t >( 1, kFirstChunkBytes / cellSize_ );
    const std::size_t most = std::max< std::size_t >( 1, kLargestChunkBytes / cellSize_ );
    const std::size_t cells = std::clamp( chunkCells_ * 2, least, most );
+   // From the start of a cache line: no cell of 32 or 64 bytes stands on two of them.
    const std::size_t bytes = cells * cellSize_;
-   auto* chunk = static_cast< std::byte* >( ::operator new( bytes ) );
+   std::size_t room = bytes + kCacheLine;
+   void* start = ::operator new( room );
+   auto* const chunk = static_cast< std::byte* >( std::align( kCacheLine, bytes, start, room ) );
    chunkCells_ = cells;
    // Threaded from the back, so that cells are handed out in the order of their addresses.
    for ( std::size_t i = cells; i-- > 0; ) {

@@ -334,7 +334,7 @@ TEST_P( RangeDifferentialDeathTest, EachStepDoesWhatItsLiteralFormDoes ) {
 
 using Windows = std::vector< std::pair< unsigned, unsigned > >;
 const Windows kEnds{ { 1, 8 }, { 2000, 2008 }, { 4089, 4094 } };
-const Windows kWide{ { 1, 150 }, { 2000, 2150 }, { 3950, 4094 } };
+const Windows kWide{ { 1, 300 }, { 2000, 2300 }, { 3800, 4094 } };
 const Windows kAll{ { 1, 4094 } };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -345,9 +345,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Profile{ "EndsTracedAtLevel1", kEnds, "1", 50, 100, 4 },
                     Profile{ "EndsTracedAtAnUnusedLevel", kEnds, "5", 50, 100, 4 },
                     Profile{ "EndsWatched", kEnds, "*", 300, 50, 4, true },
-                    Profile{ "WideUntraced", kWide, "", 4, 4000, 0, false, true },
-                    Profile{ "WideUntracedEdited", kWide, "", 6, 2500, 2, false, true },
-                    Profile{ "WideTraced", kWide, "*", 4, 3000, 1, false, true },
+                    Profile{ "WideUntraced", kWide, "", 4, 9000, 0, false, true },
+                    Profile{ "WideUntracedEdited", kWide, "", 6, 6000, 2, false, true },
+                    Profile{ "WideTraced", kWide, "*", 4, 7000, 1, false, true },
                     Profile{ "AllUntraced", kAll, "", 8, 2000, 1, false, true },
                     Profile{ "AllTraced", kAll, "*", 6, 2000, 1, false, true } ),
    []( const auto& each ) { return std::string( each.param.name ); } );

@@ -233,7 +233,7 @@ TEST_F( KeyIndexTest, FindsWhatAMapFindsWhateverChangesBetween ) {
    std::uint32_t near = 0;
    bool grows = true;
    for ( int step = 0; step < 60000; ++step ) {
-      grows = stored.size() > 300 ? false : stored.empty() ? true : grows;
+      grows = stored.size() > 2 * KeyIndex::kMostFew ? false : stored.empty() ? true : grows;
       near = random() % 4 == 0 ? static_cast< std::uint32_t >( random() % 4096 )
                                : ( near + static_cast< std::uint32_t >( random() % 3 ) ) % 4096;
       const auto place = static_cast< KeyPlace >( near );
