@@ -42,7 +42,7 @@ function( mox_target_defaults target )
    endif()
 
    if( MOX_COVERAGE )
-      target_compile_options( ${target} PRIVATE --coverage -fprofile-update=atomic )
+      target_compile_options( ${target} PRIVATE --coverage )
       target_link_options( ${target} PRIVATE --coverage )
       get_target_property( type ${target} TYPE )
       if( type MATCHES "EXECUTABLE|SHARED_LIBRARY" )
