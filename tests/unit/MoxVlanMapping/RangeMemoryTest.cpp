@@ -1,7 +1,7 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// What add and delete leave behind when memory runs out: the index as it was.
+// What add and delete leave behind when memory runs out: the index as it was; and what is given back.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -12,6 +12,7 @@
 
 #include "Zel/NewEntity.h"
 #include "tests/support/OperatorNew.h"
+#include "tests/support/TraceCapture.h"
 #include "tests/unit/MoxVlanMapping/RangeMgrTest.h"
 
 namespace {
@@ -145,5 +146,19 @@ INSTANTIATE_TEST_SUITE_P(
                     ShortageRow{ "Split", "10-20 M", false, 15, "7: 10-14 M, 16-20 M / 16, 10\n",
                                  Needs::NewElements } ),
    []( const auto& row ) { return std::string( row.param.name ); } );
+
+// Whether the traces are read, for the way of the deletion differs.
+class EmptiedIndexTest : public RangeMgrTest, public testing::WithParamInterface< bool > {};
+
+TEST_P( EmptiedIndexTest, GivesTheMemoryOfItsElementsBack ) {
+   const TestSupport::TraceCapture traces( "MoxVlanRangeMgr", GetParam() ? "*" : "" );
+   given( "5-5 M" );
+   del( 5 );
+   const auto before = TestSupport::newRequests();
+   entry().vlanIdRangeReserve( Bridging::VlanId( 5 ) );
+   EXPECT_GT( TestSupport::newRequests(), before ) << "the room was kept";
+}
+
+INSTANTIATE_TEST_SUITE_P( TracedAndNot, EmptiedIndexTest, testing::Bool() );
 
 }   // namespace
