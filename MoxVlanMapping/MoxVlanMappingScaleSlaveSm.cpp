@@ -16,6 +16,31 @@ constexpr char zelSourceTag[] = "MoxVlanMapping/MoxVlanMappingScaleSlaveSm";
 constinit Zel::TraceHandle trace( "MoxVlanMappingScaleSm", false );
 constexpr unsigned kHooks = 5;
 
+// The mark of an interface whose ranges are going to change. Its memory is taken first: an index
+// that has changed is never left unmarked.
+class ScheduleMark {
+ public:
+   ScheduleMark( const Zel::Ptr< VlanXlateScheduleDir >& dir, Corvel::IntfId intfId )
+       : dir_( dir ), intfId_( intfId ) {
+      if ( !dir_->vlanXlateSchedule().contains( intfId ) ) {
+         dir_->vlanXlateScheduleReserve();
+         element_ = Zel::newEntity< VlanXlateScheduleDir::ZelVlanXlateSchedule >( intfId );
+      }
+   }
+   void set() const {
+      if ( element_ ) {
+         dir_->vlanXlateScheduleIs( element_ );
+      } else {
+         dir_->vlanXlateScheduleIs( intfId_ );
+      }
+   }
+
+ private:
+   const Zel::Ptr< VlanXlateScheduleDir > dir_;
+   const Corvel::IntfId intfId_;
+   Zel::Ptr< VlanXlateScheduleDir::ZelVlanXlateSchedule > element_;   // null: it waits already
+};
+
 }   // namespace
 
 VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSm(
@@ -101,9 +126,9 @@ VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey 
               " : Adding mapping ", pvKey.vlanId(), " to ", translatedVlan, " inLag ",
               config.inLag(), " xlateUntagged ", config.xlateUntagged() );
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
+   const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
    mgr->addVlanToIdx( pvKey.intfId(), pvKey.vlanId(), config.mapping() );
-   const Zel::Ptr< VlanXlateScheduleDir > scheduleDir = vlanXlateScheduleDir_;
-   scheduleDir->vlanXlateScheduleIs( pvKey.intfId() );
+   mark.set();
 }
 
 void
@@ -111,9 +136,9 @@ VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    ZEL_TRACE( trace, kHooks, __LINE__, "doDelIngressVlanMapping", " pvKey: ", pvKey );
    const Bridging::VlanId vlanId( pvKey.vlanId().value() );
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
+   const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
    mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
-   const Zel::Ptr< VlanXlateScheduleDir > scheduleDir = vlanXlateScheduleDir_;
-   scheduleDir->vlanXlateScheduleIs( pvKey.intfId() );
+   mark.set();
 }
 
 void

@@ -29,8 +29,8 @@ class Event {
    void operator()( const Values&... values ) {
       ring_( values... );
       if ( trace.enabled( level ) ) {
-         const Zel::String text = Zel::format( format_, values... );
-         Zel::traceEmit( { trace.name(), level, zelSourceTag, line_, function_, text } );
+         Zel::traceLine( trace, level, zelSourceTag, line_, function_,
+                         [ & ] { return Zel::format( format_, values... ); } );
       }
    }
 
@@ -255,9 +255,9 @@ MoxVlanRangeMappingCodef::drainBacklog() {
       RunAccount account( *vlanRangeScale, *backlog );
       for ( auto at = waiting.first(); at; ++at ) {
          processVlanRange( at->key() );
+         account.interfaceProcessed();
          // Only now: what throws above leaves the interface scheduled.
          backlog->vlanXlateScheduleDel( at->key() );
-         account.interfaceProcessed();
          if ( vlanRangeScale->taskShouldYield() ) {
             yielding( waiting.size() );
             break;

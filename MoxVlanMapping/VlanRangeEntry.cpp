@@ -3,6 +3,7 @@
 //
 #include "MoxVlanMapping/VlanRangeEntry.h"
 
+#include "Zel/FirstException.h"
 #include "Zel/NewEntity.h"
 
 namespace MoxVlanMapping {
@@ -131,7 +132,15 @@ VlanXlateScheduleDir::VlanXlateScheduleDirIs() {
 void
 VlanXlateScheduleDir::vlanXlateScheduleIs( Corvel::IntfId intfId ) {
    if ( !vlanXlateSchedule_.contains( intfId ) ) {
-      vlanXlateSchedule_.insert( Zel::newEntity< ZelVlanXlateSchedule >( intfId ) );
+      vlanXlateScheduleIs( Zel::newEntity< ZelVlanXlateSchedule >( intfId ) );
+   }
+}
+
+void
+VlanXlateScheduleDir::vlanXlateScheduleIs( const Zel::Ptr< ZelVlanXlateSchedule >& element ) {
+   const Corvel::IntfId intfId = element->key();
+   if ( !vlanXlateSchedule_.contains( intfId ) ) {
+      vlanXlateSchedule_.insert( element );
       notifieeList_.notify( kAttrVlanXlateSchedule, &intfId );
    }
 }
@@ -148,9 +157,11 @@ VlanXlateScheduleDir::vlanXlateScheduleDel( Corvel::IntfId intfId ) {
 void
 VlanXlateScheduleDir::vlanXlateScheduleDelAll() {
    const Zel::Ptr< VlanXlateScheduleDir > self( this );   // a reactor may drop the last other one
+   Zel::FirstException failed;
    for ( auto at = vlanXlateSchedule_.first(); at; ++at ) {
-      vlanXlateScheduleDel( at->key() );
+      failed.run( [ & ] { vlanXlateScheduleDel( at->key() ); } );
    }
+   failed.throwOn();
 }
 
 Zel::Ptr< VlanRangeEntry >

@@ -184,9 +184,15 @@ class ZEL_EXPORT VlanXlateScheduleDir : public Zel::PtrInterface {
    const VlanXlateScheduleSet& vlanXlateSchedule() const { return vlanXlateSchedule_; }
    /// Adds the interface and notifies; silent when it waits already.
    void vlanXlateScheduleIs( Corvel::IntfId intfId );
+   /// The same with an element made beforehand. Adding it cannot fail for want of memory behind
+   /// vlanXlateScheduleReserve().
+   void vlanXlateScheduleIs( const Zel::Ptr< ZelVlanXlateSchedule >& element );
+   /// Makes room for one interface; holds until another is added.
+   void vlanXlateScheduleReserve() { vlanXlateSchedule_.reserveOne(); }
    /// Removes the interface and notifies; false and silent when it did not wait.
    bool vlanXlateScheduleDel( Corvel::IntfId intfId );
-   /// Removes every interface, with one notification each.
+   /// Removes every interface, with one notification each; then throws on what the first reactor
+   /// that failed threw.
    void vlanXlateScheduleDelAll();
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }

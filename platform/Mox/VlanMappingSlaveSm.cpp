@@ -3,11 +3,9 @@
 //
 #include "Mox/VlanMappingSlaveSm.h"
 
-#include <optional>
-#include <utility>
-
 #include "Zel/Assert.h"
 #include "Zel/Exception.h"
+#include "Zel/FirstException.h"
 #include "Zel/NewEntity.h"
 
 namespace Mox {
@@ -20,31 +18,6 @@ PortVlanKey
 placeOf( const PortVlanKey& key ) {
    return { key.intfId(), key.vlanId() };
 }
-
-// Runs every delivery of a replay; one that throws does not keep the others from running.
-class Replay {
- public:
-   template < class Handle >
-   void run( const MoxVlanMappingConfigDir& dir, Handle handle ) {
-      for ( auto at = dir.config().first(); at; ++at ) {
-         try {
-            handle( at->key() );
-         } catch ( ... ) {
-            if ( !first_ ) {
-               first_ = std::current_exception();
-            }
-         }
-      }
-   }
-   void throwFirst() const {
-      if ( first_ ) {
-         std::rethrow_exception( first_ );
-      }
-   }
-
- private:
-   std::exception_ptr first_;
-};
 
 }   // namespace
 
@@ -95,12 +68,29 @@ void
 VlanMappingSlaveSm::handleInitialized() {
    const Zel::Ptr< VlanMappingSlaveSm > self( this );   // a reactor may drop the last other one
    initialized_ = true;
-   Replay replay;
-   replay.run( *ingressConfigDir(),
-               [ this ]( const PortVlanKey& key ) { handleIngressConfig( key ); } );
-   replay.run( *egressConfigDir(),
-               [ this ]( const PortVlanKey& key ) { handleEgressConfig( key ); } );
-   replay.throwFirst();
+   Zel::FirstException failed;
+   const auto ingress = [ & ]( PortVlanKey key ) {
+      failed.run( [ & ] { handleIngressConfig( key ); } );
+   };
+   const auto egress = [ & ]( PortVlanKey key ) {
+      failed.run( [ & ] { handleEgressConfig( key ); } );
+   };
+   // What is delivered, too, for its deletion may have failed; but not what comes behind it now.
+   auto rest = ingressDelivered_.size();
+   for ( auto at = ingressDelivered_.first(); at && rest != 0; ++at, --rest ) {
+      ingress( at->value().key() );
+   }
+   for ( auto at = ingressConfigDir()->config().first(); at; ++at ) {
+      ingress( at->key() );
+   }
+   rest = egressDelivered_.size();
+   for ( auto at = egressDelivered_.first(); at && rest != 0; ++at, --rest ) {
+      egress( at->key() );
+   }
+   for ( auto at = egressConfigDir()->config().first(); at; ++at ) {
+      egress( at->key() );
+   }
+   failed.throwOn();
 }
 
 void
@@ -131,42 +121,42 @@ VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
    PortVlanKey key = changed;
    const PortVlanKey place = placeOf( key );
    const Zel::Ptr< MoxVlanMappingConfigDir > dir = ingressConfigDir();
-   ingressWaiting_.erase( key );
-   if ( const MoxVlanMappingConfig* delivered = ingressDelivered_.record( place ) ) {
+   if ( const ZelDelivered* delivered = inForce( ingressDelivered_, place ) ) {
       const MoxVlanMappingConfig* configured = dir->config().record( key );
-      if ( !( delivered->key() == key ) ) {
+      if ( !( delivered->value().key() == key ) ) {
          if ( configured ) {
             ingressWaiting_.insert( key );
+         } else {
+            ingressWaiting_.erase( key );
          }
          return;
       }
-      if ( configured && *configured == *delivered ) {
+      if ( configured && *configured == delivered->value() &&
+           delivered->state() == ZelDelivered::State::Told ) {
          return;
       }
-      deliverIngressDel( place );
+      deliverDel( ingressDelivered_, place, &VlanMappingSlaveSm::doDelIngressVlanMapping );
    }
-   std::exception_ptr refused;
+   ingressWaiting_.erase( key );
+   Zel::FirstException refused;
    bool candidate = dir->config().contains( key ) || takeWaiting( place, key );
    while ( candidate ) {
-      if ( const MoxVlanMappingConfig* quicker = ingressDelivered_.record( place ) ) {
-         if ( !( quicker->key() == key ) ) {
+      if ( const ZelDelivered* quicker = inForce( ingressDelivered_, place ) ) {
+         if ( !( quicker->value().key() == key ) ) {
             ingressWaiting_.insert( key );
          }
          break;
       }
       try {
-         deliverIngressAdd( place, *dir->config().record( key ) );
+         deliverAdd( ingressDelivered_, place, *dir->config().record( key ),
+                     &VlanMappingSlaveSm::doAddIngressVlanMapping );
          break;
       } catch ( const Zel::RangeException& ) {
-         if ( !refused ) {
-            refused = std::current_exception();
-         }
+         refused.keep();
          candidate = takeWaiting( place, key );
       }
    }
-   if ( refused ) {
-      std::rethrow_exception( refused );
-   }
+   refused.throwOn();
 }
 
 // The configured key that takes over a place which came free; false when none waits for it.
@@ -183,30 +173,63 @@ VlanMappingSlaveSm::takeWaiting( const PortVlanKey& place, PortVlanKey& key ) {
    return false;
 }
 
+const VlanMappingSlaveSm::ZelDelivered*
+VlanMappingSlaveSm::inForce( const DeliveredMap& delivered, const PortVlanKey& place ) {
+   const ZelDelivered* node = delivered.findNode( place );
+   return node && node->state() != ZelDelivered::State::Leaving ? node : nullptr;
+}
+
 void
-VlanMappingSlaveSm::deliverIngressDel( const PortVlanKey& place ) {
-   Zel::Ptr< ZelDelivered > delivered = ingressDelivered_.del( place );
+VlanMappingSlaveSm::deliverAdd( DeliveredMap& delivered, const PortVlanKey& place,
+                                const MoxVlanMappingConfig& config, Hook hook ) {
+   using State = ZelDelivered::State;
+   const PortVlanKey key = config.key();
+   Zel::Ptr< ZelDelivered > node = delivered.findNode( place );
+   const bool isNew = !node;
+   if ( isNew ) {
+      node = Zel::newEntity< ZelDelivered >( place, config );
+      delivered.insert( node );
+   }
+   const MoxVlanMappingConfig before = node->value();
+   const State stateBefore = node->state();
+   node->valueIs( config );
+   node->stateIs( State::Told );
    try {
-      doDelIngressVlanMapping( delivered->value().key() );
+      ( this->*hook )( key );
+   } catch ( const Zel::RangeException& ) {
+      // Refused before anything was changed.
+      node->valueIs( before );
+      node->stateIs( stateBefore );
+      if ( isNew && node->linked() ) {
+         delivered.unlink( *node );
+      }
+      throw;
    } catch ( ... ) {
-      // Whether the index still has it is not known; deleting it once more does no harm.
-      if ( !ingressDelivered_.contains( place ) ) {
-         ingressDelivered_.recordIs( place, delivered->value() );
+      if ( node->state() == State::Told ) {
+         node->stateIs( State::Unsure );
       }
       throw;
    }
 }
 
+// The node stays until the hook has done its work, for there may be no memory for another when it
+// fails. An addition that comes inside the hook takes it over.
 void
-VlanMappingSlaveSm::deliverIngressAdd( const PortVlanKey& place,
-                                       const MoxVlanMappingConfig& config ) {
-   const PortVlanKey key = config.key();
-   ingressDelivered_.recordIs( place, config );
+VlanMappingSlaveSm::deliverDel( DeliveredMap& delivered, const PortVlanKey& place, Hook hook ) {
+   using State = ZelDelivered::State;
+   const Zel::Ptr< ZelDelivered > node = delivered.findNode( place );
+   const PortVlanKey key = node->value().key();
+   node->stateIs( State::Leaving );
    try {
-      doAddIngressVlanMapping( key );
-   } catch ( const Zel::RangeException& ) {
-      ingressDelivered_.del( place );   // refused before anything was changed
+      ( this->*hook )( key );
+   } catch ( ... ) {
+      if ( node->state() == State::Leaving ) {
+         node->stateIs( State::Unsure );
+      }
       throw;
+   }
+   if ( node->linked() && node->state() == State::Leaving ) {
+      delivered.unlink( *node );
    }
 }
 
@@ -214,25 +237,15 @@ void
 VlanMappingSlaveSm::handleEgressConfig( const PortVlanKey& changed ) {
    const PortVlanKey key = changed;
    const Zel::Ptr< MoxVlanMappingConfigDir > dir = egressConfigDir();
+   const ZelDelivered* delivered = inForce( egressDelivered_, key );
    if ( const MoxVlanMappingConfig* configured = dir->config().record( key ) ) {
-      const MoxVlanMappingConfig* const known = egressDelivered_.record( key );
-      const auto before = known ? std::optional( *known ) : std::nullopt;
-      if ( !egressDelivered_.recordIs( key, *configured ) ) {
-         return;
+      if ( !delivered || delivered->state() != ZelDelivered::State::Told ||
+           !( delivered->value() == *configured ) ) {
+         deliverAdd( egressDelivered_, key, *configured,
+                     &VlanMappingSlaveSm::doAddEgressVlanMapping );
       }
-      try {
-         doAddEgressVlanMapping( key );
-      } catch ( const Zel::RangeException& ) {
-         // Refused before anything was changed.
-         if ( before ) {
-            egressDelivered_.recordIs( key, *before );
-         } else {
-            egressDelivered_.del( key );
-         }
-         throw;
-      }
-   } else if ( egressDelivered_.del( key ) ) {
-      doDelEgressVlanMapping( key );
+   } else if ( delivered ) {
+      deliverDel( egressDelivered_, key, &VlanMappingSlaveSm::doDelEgressVlanMapping );
    }
 }
 

@@ -17,12 +17,14 @@
 //     configuration keeps it out, for to the index the empty mapping means any mapping.
 //   - A mapping whose addition raised a range exception counts as not delivered. What a hook
 //     throws reaches whoever wrote the configuration, which keeps the record.
+//   - Behind any other exception it is not known what the hook did. The next change of that key,
+//     and every handleInitialized(), delivers it once more: an ingress addition with the deletion
+//     before it, which does the index no harm when there is nothing to delete.
 //
 // Ownership  Holds the common data, clock, bridge configuration and status directory.
 // Threads    One thread, no locks.
 #pragma once
 
-#include <exception>
 #include <set>
 
 #include "Bridging/Config.h"
@@ -48,8 +50,8 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    void zelDoZombieReactors( bool zombie ) override;
 
    /// Starts the delivery of hooks and replays what is configured and was not delivered. Every
-   /// record is tried; then the first exception that one raised is thrown on. An override calls
-   /// this last.
+   /// record is tried; then the first exception that one raised is thrown on. Called again, it
+   /// delivers what failed before. An override calls this last.
    virtual void handleInitialized();
    virtual void doAddIngressVlanMapping( const PortVlanKey& pvKey ) = 0;
    virtual void doDelIngressVlanMapping( const PortVlanKey& pvKey ) = 0;
@@ -95,15 +97,31 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
     public:
       static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm::ZelDelivered";
 
+      enum class State {
+         Told,      ///< the addition was delivered
+         Unsure,    ///< a hook failed: it may be in force or not
+         Leaving,   ///< the deletion is being delivered: counts as gone
+      };
+      State state() const { return state_; }
+      void stateIs( State state ) { state_ = state; }
+
     protected:
       using RecordNode::RecordNode;
+
+    private:
+      State state_ = State::Told;
    };
    using DeliveredMap = RecordMap< ZelDelivered, 0x66a3d15b >;
 
    void handleIngressConfig( const PortVlanKey& key );
    void handleEgressConfig( const PortVlanKey& key );
-   void deliverIngressDel( const PortVlanKey& place );
-   void deliverIngressAdd( const PortVlanKey& place, const MoxVlanMappingConfig& config );
+   /// The hooks take the full key of what is delivered.
+   using Hook = void ( VlanMappingSlaveSm::* )( const PortVlanKey& );
+   static const ZelDelivered* inForce( const DeliveredMap& delivered, const PortVlanKey& place );
+   void deliverAdd( DeliveredMap& delivered, const PortVlanKey& place,
+                    const MoxVlanMappingConfig& config, Hook hook );
+   void deliverDel( DeliveredMap& delivered, const PortVlanKey& place, Hook hook );
+
    bool takeWaiting( const PortVlanKey& place, PortVlanKey& key );
 
    const Zel::Ptr< MoxCommonSmData > acsd_;

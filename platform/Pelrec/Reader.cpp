@@ -251,8 +251,11 @@ ImageFile::ImageFile( const std::string& path ) {
    // Mapped, not copied: only in the writer's own memory is an overwritten slot noticed.
    void* memory = mmap( nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0 );
    close( descriptor );
-   require( size != 0, path + " is empty or no plain file" );
-   require( memory != MAP_FAILED, "cannot map " + path );
+   // A text is made only when it is thrown: no memory for it may lose the mapping.
+   if ( memory == MAP_FAILED ) {
+      require( size != 0, path + " is empty or no plain file" );
+      require( false, "cannot map " + path );
+   }
    bytes_ = { static_cast< const std::byte* >( memory ), size };
 }
 

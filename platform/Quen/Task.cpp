@@ -77,9 +77,9 @@ Task::taskShouldYield() {
 void
 Task::run() {
    running_ = true;
-   runStart_ = scheduler_->clock()->now();
    yieldTests_ = 0;
    try {
+      runStart_ = scheduler_->clock()->now();
       notifieeList_.notify( kRun, nullptr );
    } catch ( ... ) {
       // The run did not finish its work, so it is asked for again.

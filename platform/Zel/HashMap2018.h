@@ -96,6 +96,8 @@ class HashMap2018 {
    bool contains( const Key& key ) const { return findNode( key ) != nullptr; }
    Iterator findElement( const Key& key ) const { return { *this, findNode( key ) }; }
 
+   /// Makes room for one element more: the next insert() does not throw.
+   void reserveOne() { table_.reserveOne(); }
    /// Requires: no element equals the node's key (asserted). May throw std::bad_alloc, with
    /// nothing changed.
    void insert( Ptr< Node > node ) {

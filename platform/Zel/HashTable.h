@@ -8,7 +8,7 @@
 //            iterator that stands on it still knows what follows.
 // Ownership  The table holds one reference to each stored node.
 // Cost       All O(1) on average; the buckets double when there are as many elements.
-// Throws     std::bad_alloc from link() when buckets cannot be had; nothing is changed then.
+// Throws     std::bad_alloc from reserveOne() and link(), with nothing changed.
 // Threads    One thread, no locks.
 #pragma once
 
@@ -81,6 +81,8 @@ class ZEL_EXPORT HashTable {
    /// The stored node that follows `node` in the thread; `node` may be gone.
    HashNode* next( const HashNode& node ) const { return stored( node.next ); }
 
+   /// Makes room for one node more: the next link() does not throw.
+   void reserveOne();
    void link( Ptr< HashNode > node, std::uint32_t hash );
    /// Takes a stored node out and hands over the table's reference to it.
    Ptr< HashNode > unlink( HashNode& node );
@@ -92,7 +94,6 @@ class ZEL_EXPORT HashTable {
    void verify( std::int32_t extraReferences ) const;
 
  private:
-   void reserveOne();
    HashNode* stored( Detail::HashThread* at ) const;
 
    std::unique_ptr< HashNode*[] > buckets_;

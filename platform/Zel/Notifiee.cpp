@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Zel/Assert.h"
+#include "Zel/FirstException.h"
 
 namespace Zel {
 namespace {
@@ -77,13 +78,15 @@ NotifieeList::notify( AttributeId attribute, const void* key ) {
    }
    const Ptr< PtrInterface > notifier( &notifier_ );   // a reactor may drop the last other one
    const DepthGuard depth( *this );
+   FirstException failed;
    const std::size_t known = slots_.size();
    for ( std::size_t i = 0; i < known && notifier->hasNotificationActive(); ++i ) {
       const Ptr< PtrInterface::NotifieeConst > reactor( slots_[ i ] );   // may remove itself
       if ( reactor && reactor->hasNotificationActive() && !reactor->zelMarkedForDeletion() ) {
-         reactor->onAttribute( attribute, key );
+         failed.run( [ & ] { reactor->onAttribute( attribute, key ); } );
       }
    }
+   failed.throwOn();
 }
 
 void

@@ -75,7 +75,9 @@ class ZEL_EXPORT NotifieeList {
    NotifieeList( const NotifieeList& ) = delete;
    NotifieeList& operator=( const NotifieeList& ) = delete;
 
-   /// Tells every reactor of a change. Nothing when the notifier's notification is off.
+   /// Tells every reactor of a change, for a change that one of them did not hear of would be lost
+   /// to it; then throws on what the first one threw. Nothing when the notifier's notification is
+   /// off.
    void notify( AttributeId attribute, const void* key );
 
    /// Every notifiee watches nothing from now on.

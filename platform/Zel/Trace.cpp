@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "Zel/Parse.h"
@@ -36,6 +38,7 @@ struct TraceRegistry {
    }
 
    void settingsAdd( std::vector< Setting > more ) {
+      settings.reserve( settings.size() + more.size() );
       // What they replace goes, so that an agent may change levels for ever.
       for ( const Setting& setting : more ) {
          std::erase_if( settings, [ & ]( const Setting& old ) {
@@ -136,7 +139,7 @@ writeToStandardError( const TraceLine& line ) {
 TraceRegistry&
 TraceRegistry::instance() {
    static auto* registry = [] {
-      auto* made = new TraceRegistry;
+      auto made = std::make_unique< TraceRegistry >();
       made->sink = writeToStandardError;
       if ( const char* list = std::getenv( "ZEL_TRACE" ) ) {
          try {
@@ -146,7 +149,7 @@ TraceRegistry::instance() {
             std::fprintf( stderr, "ZEL_TRACE is ignored: %s\n", error.what() );
          }
       }
-      return made;
+      return made.release();
    }();
    return *registry;
 }
@@ -170,7 +173,11 @@ TraceHandle::join() {
 
 bool
 TraceHandle::enabledForSure( unsigned level ) {
-   join();
+   try {
+      join();
+   } catch ( const std::bad_alloc& ) {
+      return false;   // the next use tries again
+   }
    return ( mask_.load( std::memory_order_relaxed ) >> level & 1 ) != 0;
 }
 

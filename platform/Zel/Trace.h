@@ -7,6 +7,8 @@
 // when it is first used. Level n is bit n of its mask. A disabled line costs one load and one bit
 // test; nothing of it is evaluated. An enabled line goes to the process's one sink.
 //
+// Failure    A line that cannot be made or written (no memory, a sink that throws) is left out, so
+//            that nothing is kept from its end by its trace.
 // Levels     Set by traceLevelsIs(), or at start by the environment variable ZEL_TRACE; both also
 //            hold for handles that are first used later. Form: HANDLE/LEVELS, several separated
 //            by ";" - "MoxVlanRangeMgr/1,9;MoxVlanMappingScaleSm/5", levels 0 to 31, "5-7" for a
@@ -96,6 +98,19 @@ traceText( const Pieces&... pieces ) {
    return text.str();
 }
 
+/// Emits the line whose text `make()` returns, or leaves it out when that fails.
+template < class Make >
+[[gnu::cold, gnu::noinline]] void
+traceLine( const TraceHandle& handle, unsigned level, const char* source, int line,
+           const char* function, const Make& make ) noexcept {
+   try {
+      const auto text = make();
+      traceEmit( { handle.name(), level, source, line, function, text } );
+   } catch ( ... ) {
+      // Left out.
+   }
+}
+
 }   // namespace Zel
 
 /// Traces the pieces that follow the line number when `level` is enabled on `handle`. Requires a
@@ -103,7 +118,7 @@ traceText( const Pieces&... pieces ) {
 #define ZEL_TRACE( handle, level, sourceLine, ... )                                                \
    do {                                                                                            \
       if ( ( handle ).enabled( level ) ) [[unlikely]] {                                            \
-         ::Zel::traceEmit( { ( handle ).name(), level, zelSourceTag, sourceLine, __func__,         \
-                             ::Zel::traceText( __VA_ARGS__ ) } );                                  \
+         ::Zel::traceLine( handle, level, zelSourceTag, sourceLine, __func__,                      \
+                           [ & ] { return ::Zel::traceText( __VA_ARGS__ ); } );                    \
       }                                                                                            \
    } while ( false )

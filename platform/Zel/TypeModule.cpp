@@ -29,12 +29,17 @@ registry() {
 
 void
 zelModuleIs( const TypeModule& module ) {
-   for ( std::uint32_t index = 0; index < module.types.size(); ++index ) {
-      const TypeRecord& type = module.types[ index ];
-      ZEL_ASSERT( !zelTypeByName( type.name ) );
-      registry().types[ type.name ] = { &module, index };
-   }
    registry().modules.push_back( &module );
+   try {
+      for ( std::uint32_t index = 0; index < module.types.size(); ++index ) {
+         const TypeRecord& type = module.types[ index ];
+         ZEL_ASSERT( !zelTypeByName( type.name ) );
+         registry().types[ type.name ] = { &module, index };
+      }
+   } catch ( ... ) {
+      zelModuleDel( module );   // all of its types or none
+      throw;
+   }
 }
 
 void

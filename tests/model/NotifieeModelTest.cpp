@@ -208,18 +208,21 @@ class Model {
          }
       }
       ++subjects_.at( subject ).holds;
-      try {
-         for ( const int number : known ) {
-            const auto ticket = tickets_.find( number );
-            if ( ticket != tickets_.end() && subjects_.at( subject ).active ) {
+      bool thrown = false;
+      for ( const int number : known ) {
+         const auto ticket = tickets_.find( number );
+         if ( ticket != tickets_.end() && subjects_.at( subject ).active ) {
+            try {
                tell( ticket->second.probe, subject );
+            } catch ( const Thrown& ) {
+               thrown = true;   // the others are told all the same
             }
          }
-      } catch ( ... ) {
-         dropSubject( subject );
-         throw;
       }
       dropSubject( subject );
+      if ( thrown ) {
+         throw Thrown();
+      }
    }
    void tell( int probe, int subject ) {
       const Probe told = probes_.at( probe );

@@ -14,6 +14,7 @@ namespace {
 
 // Threads of other tests ask for memory, too; a hook is for one thread.
 std::atomic< std::uint64_t > requests = 0;
+std::atomic< std::int64_t > blocks = 0;
 std::function< void() > hook;
 bool inHook = false;
 
@@ -31,9 +32,18 @@ requested( std::size_t size ) {
       hook();
    }
    if ( void* memory = std::malloc( size == 0 ? 1 : size ) ) {
+      blocks.fetch_add( 1, std::memory_order_relaxed );
       return memory;
    }
    throw std::bad_alloc();
+}
+
+void
+released( void* memory ) noexcept {
+   if ( memory ) {
+      blocks.fetch_sub( 1, std::memory_order_relaxed );
+   }
+   std::free( memory );
 }
 
 }   // namespace
@@ -41,6 +51,11 @@ requested( std::size_t size ) {
 std::uint64_t
 newRequests() {
    return requests;
+}
+
+std::int64_t
+newBlocks() {
+   return blocks;
 }
 
 OperatorNewHook::OperatorNewHook( std::function< void() > request ) {
@@ -80,20 +95,20 @@ operator new[]( std::size_t size, const std::nothrow_t& ) noexcept {
 
 void
 operator delete( void* memory ) noexcept {
-   std::free( memory );
+   TestSupport::released( memory );
 }
 
 void
 operator delete[]( void* memory ) noexcept {
-   std::free( memory );
+   TestSupport::released( memory );
 }
 
 void
 operator delete( void* memory, std::size_t ) noexcept {
-   std::free( memory );
+   TestSupport::released( memory );
 }
 
 void
 operator delete[]( void* memory, std::size_t ) noexcept {
-   std::free( memory );
+   TestSupport::released( memory );
 }

@@ -15,6 +15,9 @@ namespace TestSupport {
 /// Requests that came so far.
 std::uint64_t newRequests();
 
+/// Blocks of memory that were given out and not yet back.
+std::int64_t newBlocks();
+
 /// While it lives, `request` runs before each request for memory, but not for those that it makes
 /// itself; what it throws refuses the request.
 class OperatorNewHook {

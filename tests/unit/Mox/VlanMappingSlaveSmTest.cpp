@@ -240,6 +240,59 @@ TEST_F( VlanMappingSlaveSmTest, AnExceptionFromADeletionLeavesTheMappingDelivere
    EXPECT_EQ( record_.take(), "-1/100 +1/100=3003" );
 }
 
+TEST_F( VlanMappingSlaveSmTest, AReplayDeliversAFailedAdditionOnceMore ) {
+   initialize();
+   once( "+1/100=3001", [] { throw std::runtime_error( "later" ); } );
+   EXPECT_THROW( ingress( key( 1, 100 ), 3001 ), std::runtime_error );
+   record_.take();
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "-1/100 +1/100=3001" );
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "" );
+}
+
+TEST_F( VlanMappingSlaveSmTest, TheNextWriteDeliversAFailedAdditionOnceMore ) {
+   initialize();
+   once( "+1/100=3001", [] { throw std::runtime_error( "later" ); } );
+   EXPECT_THROW( ingress( key( 1, 100 ), 3001 ), std::runtime_error );
+   record_.take();
+   ingress( key( 1, 100 ), 3002 );
+   EXPECT_EQ( record_.take(), "-1/100 +1/100=3002" );
+}
+
+TEST_F( VlanMappingSlaveSmTest, AReplayDeliversAFailedDeletionOnceMore ) {
+   initialize();
+   ingress( key( 1, 100 ), 3001 );
+   once( "-1/100", [ & ] {
+      record_.index[ { 1, 100 } ] = 3001;   // the hook failed before it deleted
+      throw std::runtime_error( "no" );
+   } );
+   EXPECT_THROW( ingressDel( key( 1, 100 ) ), std::runtime_error );
+   record_.take();
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "-1/100" );
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "" );
+}
+
+TEST_F( VlanMappingSlaveSmTest, AReplayDeliversFailedEgressHooksOnceMore ) {
+   initialize();
+   once( "e+1/200=3001", [] { throw std::runtime_error( "later" ); } );
+   EXPECT_THROW( egress( key( 1, 200 ), 3001 ), std::runtime_error );
+   record_.take();
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "e+1/200=3001" );
+   once( "e-1/200", [ & ] {
+      record_.egress[ "1/200" ] = 3001;   // the hook failed before it deleted
+      throw std::runtime_error( "no" );
+   } );
+   EXPECT_THROW( egressDel( key( 1, 200 ) ), std::runtime_error );
+   record_.take();
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "e-1/200" );
+   EXPECT_EQ( record_.shownEgress(), "" );
+}
+
 TEST_F( VlanMappingSlaveSmTest, ARefusedEgressAdditionCountsAsNotDelivered ) {
    initialize();
    EXPECT_THROW( egress( key( 1, 200 ), 4095 ), Zel::RangeException );

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -18,6 +19,7 @@
 #include "Zel/PtrInterface.h"
 #include "Zel/Slab.h"
 #include "tests/support/NoneLeftTest.h"
+#include "tests/support/OperatorNew.h"
 
 namespace {
 
@@ -204,6 +206,17 @@ TEST_F( SlabTest, TheMemoryOfAThrowingConstructorServesTheNext ) {
    EXPECT_THROW( Zel::newEntity< ThrowingMaybe >( true, thrownAt ), std::runtime_error );
    Zel::newEntity< ThrowingMaybe >( false, madeAt );
    EXPECT_EQ( madeAt, thrownAt );
+}
+
+TEST_F( SlabTest, WithoutMemoryForAChunkTheNextRequestTriesAgain ) {
+   Zel::Slab slab( 24, 8 );
+   {
+      const TestSupport::OperatorNewHook refuse( [] { throw std::bad_alloc(); } );
+      EXPECT_THROW( slab.allocate(), std::bad_alloc );
+   }
+   void* const cell = slab.allocate();
+   ASSERT_NE( cell, nullptr );
+   slab.release( cell );
 }
 
 #endif
