@@ -28,7 +28,9 @@ class PortNames {
    }
 
    /// Requires: `id` came from id().
-   const std::string& name( Corvel::IntfId id ) const { return names_.at( id.value() ); }
+   const std::string& name( Corvel::IntfId id ) const {
+      return names_.at( static_cast< std::size_t >( id.value() ) );
+   }
 
  private:
    std::vector< std::string > names_;

@@ -9,7 +9,7 @@ check_pie_supported( LANGUAGES CXX )
 
 # mox_target_defaults( <target> )
 #
-# Language level, warnings, visibility, include roots, sanitizers and coverage.
+# Language level, warnings, visibility, include roots, guards, sanitizers and coverage.
 function( mox_target_defaults target )
    set_target_properties( ${target} PROPERTIES
       LINKER_LANGUAGE CXX
@@ -26,7 +26,15 @@ function( mox_target_defaults target )
       target_compile_options( ${target} PRIVATE -Werror )
    endif()
 
-   target_link_options( ${target} PRIVATE -Wl,-z,relro,-z,now )
+   if( CMAKE_SIZEOF_VOID_P EQUAL 4 )
+      # Wall time after January 2038, files above 2 GB.
+      target_compile_definitions( ${target} PRIVATE _TIME_BITS=64 _FILE_OFFSET_BITS=64 )
+   endif()
+
+   # Cheap guards; they are in all that is built, so the tests run what is shipped.
+   target_compile_definitions( ${target} PRIVATE _GLIBCXX_ASSERTIONS )
+   target_compile_options( ${target} PRIVATE -fstack-protector-strong -fstack-clash-protection )
+   target_link_options( ${target} PRIVATE -Wl,-z,relro,-z,now,-z,noexecstack )
    if( MOX_SANITIZE )
       target_compile_options( ${target} PRIVATE
          -fsanitize=${MOX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer )
@@ -34,6 +42,9 @@ function( mox_target_defaults target )
    else()
       # A sanitizer's run-time symbols come with the executable, so this holds only without.
       target_link_options( ${target} PRIVATE -Wl,--no-undefined )
+      # Needs optimisation, and hides the plain names that the sanitizers watch.
+      target_compile_options( ${target} PRIVATE
+         "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>" )
    endif()
 
    if( MOX_BUILD_FUZZERS )
@@ -56,6 +67,23 @@ endfunction()
 # these, and then no shared one: the platform's globals exist once per process.
 set( MOX_PLATFORM_OBJECTS Zel Corvel Bridging Quen Pelrec Kirlog Mox )
 set( MOX_OBJECTS ${MOX_PLATFORM_OBJECTS} MoxVlanMapping )
+
+# mox_launcher( <target> <variable> )
+#
+# What other programs call to run that one: itself or, for another processor, a script that calls
+# the emulator, which passes the script on as the program's own name.
+function( mox_launcher target variable )
+   set( launcher "$<TARGET_FILE:${target}>" )
+   if( CMAKE_CROSSCOMPILING_EMULATOR )
+      list( JOIN CMAKE_CROSSCOMPILING_EMULATOR "' '" emulator )
+      set( script "${CMAKE_CURRENT_BINARY_DIR}/${target}.sh" )
+      file( GENERATE OUTPUT "${script}"
+         CONTENT "#!/bin/sh\nexec '${emulator}' -0 \"$0\" '${launcher}' \"$@\"\n"
+         FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE )
+      set( launcher "${script}" )
+   endif()
+   set( ${variable} "${launcher}" PARENT_SCOPE )
+endfunction()
 
 # mox_add_test( <target> SOURCES <file>... [LINK <target>...] [TIMEOUT <seconds>]
 #               [LABELS <label>...] )
@@ -81,6 +109,13 @@ function( mox_add_test target )
 
    add_executable( ${target} ${arg_SOURCES} )
    mox_target_defaults( ${target} )
+   if( CMAKE_CROSSCOMPILING_EMULATOR )
+      # Told its launcher's name: a death test may start its program anew.
+      mox_launcher( ${target} launcher )
+      set_target_properties( ${target} PROPERTIES
+         CROSSCOMPILING_EMULATOR "${CMAKE_CROSSCOMPILING_EMULATOR};-0;${launcher}" )
+      math( EXPR arg_TIMEOUT "10 * ${arg_TIMEOUT}" )   # about what emulation costs
+   endif()
    target_link_libraries( ${target} PRIVATE ${arg_LINK} GTest::gmock_main )
    # Found when ctest starts, so a build runs no test program.
    gtest_discover_tests( ${target}

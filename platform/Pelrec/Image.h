@@ -67,7 +67,8 @@ struct FormatEntry {
 enum SlotWord : std::size_t { kSequence, kTime, kFormatAndCodes, kPayload, kSlotWords = 8 };
 
 struct Slot {
-   std::uint64_t words[ kSlotWords ];
+   // Atomic access needs the 8 bytes also where a number of 64 bits is content with 4.
+   alignas( 8 ) std::uint64_t words[ kSlotWords ];
 };
 
 static_assert( sizeof( ImageHeader ) == 64 );

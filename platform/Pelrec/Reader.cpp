@@ -218,7 +218,7 @@ Reader::text( const Slot& slot ) const {
    if ( length == 0 || length > kMaxFormatBytes ) {
       return std::nullopt;
    }
-   std::string_view format( formats_[ id ].text, length );
+   std::string_view format( formats_[ id ].text, static_cast< std::size_t >( length ) );
    ArgumentCursor arguments( codes, slot.words + kPayload );
    std::string rendered;
    while ( !arguments.atEnd() ) {

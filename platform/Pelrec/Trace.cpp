@@ -115,7 +115,7 @@ Trace::formatIs( std::string_view format ) {
    start();
    for ( std::uint32_t id = kNoRoomFormat + 1; id < formatsUsed_; ++id ) {
       const FormatEntry& known = formatEntry( id );
-      if ( format == std::string_view( known.text, known.length ) ) {
+      if ( format == std::string_view( known.text, static_cast< std::size_t >( known.length ) ) ) {
          return id;
       }
    }
@@ -130,7 +130,7 @@ Trace::write( unsigned level, std::uint32_t format, const Arguments& arguments )
    std::memcpy( bytes + sizeof format, arguments.codes_, sizeof arguments.codes_ );
 
    const std::size_t slots = geometry_.slotsPerRing;
-   const std::size_t place = written_[ level ]++ & ( slots - 1 );
+   const auto place = static_cast< std::size_t >( written_[ level ]++ & ( slots - 1 ) );
    Slot& target = part< Slot >( geometry_.ringsOffset() )[ level * slots + place ];
    storeRelease( target.words[ kSequence ], 0 );
    storeRelease( target.words[ kTime ], clock_.nowNs() );

@@ -75,7 +75,8 @@ class ZEL_EXPORT Trace {
    // The id that stands for every format that found the table full.
    static constexpr std::uint32_t kNoRoomFormat = 0;
 
-   // A trace whose image lies in `memory`: geometry.imageBytes() bytes, all of them zero.
+   // A trace whose image lies in `memory`: geometry.imageBytes() bytes, all of them
+   // zero, that start at a multiple of 8.
    constexpr Trace( std::uint64_t* memory, Geometry geometry )
        : memory_( memory ), geometry_( geometry ) {}
    Trace( const Trace& ) = delete;

@@ -59,7 +59,7 @@ class ZEL_EXPORT TaskScheduler : public Zel::PtrInterface {
 
    /// Whether a task is queued.
    bool workWaiting() const { return !queue_.empty(); }
-   std::size_t tasksScheduled() const { return queue_.size(); }
+   std::uint64_t tasksScheduled() const { return queue_.size(); }
 
    /// Runs the first task of the queue; false when there is none, or when a task asks for it
    /// from inside its own run.

@@ -125,8 +125,8 @@ class SizeSortDifferentialTest : public TestSupport::NoneLeftTest {
  protected:
    static constexpr std::size_t kInterfaces = 3;
 
-   std::uint64_t any( std::uint64_t below ) { return random_() % below; }
-   bool oneIn( std::uint64_t times ) { return any( times ) == 0; }
+   std::size_t any( std::size_t below ) { return static_cast< std::size_t >( random_() % below ); }
+   bool oneIn( std::size_t times ) { return any( times ) == 0; }
 
    // Mostly what a switch stores; also what only an edit behind the manager's back can: many great
    // ranges, which overlap, and ranges that end before they start.
@@ -134,9 +134,9 @@ class SizeSortDifferentialTest : public TestSupport::NoneLeftTest {
       static constexpr std::array kMappings{
          VlanXlateMapping(), VlanXlateMapping::fromRaw( 3001 ), VlanXlateMapping::fromRaw( 3002 ),
          VlanXlateMapping::fromRaw( 3002, 7 ), VlanXlateMapping::fromRaw( 3002, 0, 0x88a8 ) };
-      static constexpr std::array< std::uint64_t, 6 > kSizes{ 1, 3, 64, 65, 66, 400 };
-      std::uint64_t low = 1 + any( oneIn( 2 ) ? 12 : VlanId::kHighest );
-      std::uint64_t high = low + any( kSizes[ any( kSizes.size() ) ] );
+      static constexpr std::array< std::size_t, 6 > kSizes{ 1, 3, 64, 65, 66, 400 };
+      std::size_t low = 1 + any( oneIn( 2 ) ? 12 : VlanId::kHighest );
+      std::size_t high = low + any( kSizes[ any( kSizes.size() ) ] );
       if ( oneIn( 20 ) ) {
          low = any( 0x10000 );
          high = oneIn( 2 ) ? any( 0x10000 ) : 0xffff;
@@ -162,7 +162,7 @@ class SizeSortDifferentialTest : public TestSupport::NoneLeftTest {
       if ( oneIn( 40 ) ) {
          entry->vlanIdRangeDelAll();
       }
-      const std::uint64_t times = oneIn( 10 ) ? any( 400 ) : any( 4 );
+      const std::size_t times = oneIn( 10 ) ? any( 400 ) : any( 4 );
       for ( std::uint64_t time = 0; time < times; ++time ) {
          const Range range = anyRange();
          const auto at = ranges.findElementOrNext( range.lowVid() );
@@ -266,7 +266,7 @@ class SizeSortDifferentialTest : public TestSupport::NoneLeftTest {
 TEST_F( SizeSortDifferentialTest, EachSortDoesWhatDeletingAllAndInsertingEachDoes ) {
    SCOPED_TRACE( TestSupport::seedNote( seed_ ) );
    for ( int step = 0; step < 10000; ++step ) {
-      const std::uint64_t which = any( kInterfaces );
+      const std::size_t which = any( kInterfaces );
       const IntfId intfId( 1 + which );
       LiteralSorted& literal = literals_[ which ];
       std::vector< Held >& held = held_[ which ];

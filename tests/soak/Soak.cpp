@@ -311,7 +311,8 @@ class Soak {
       for ( const auto& node : acsd_->statusDir()->status() ) {
          const auto& key = node.value().key();
          requireEqual( node.value().mapping().rawVlanId(),
-                       egress_[ key.intfId().value() - 1 ][ key.vlanId().value() ],
+                       egress_[ static_cast< std::size_t >( key.intfId().value() - 1 ) ]
+                              [ key.vlanId().value() ],
                        "status of port " + std::to_string( key.intfId().value() ) );
       }
    }

@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -73,6 +74,8 @@ inChild( const Act& act ) {
    }
    close( ends[ 0 ] );
    while ( waitpid( child, &end.status, 0 ) < 0 && errno == EINTR ) {}
+   // An emulator reports a signal in a line of its own behind what the child wrote.
+   end.said.resize( std::min( end.said.size(), end.said.find( "qemu: uncaught target signal " ) ) );
    return end;
 }
 

@@ -202,8 +202,8 @@ class RangeSteps {
    RangeSteps( const Profile& profile, std::uint64_t seed, const LiteralRangeMgr& literal )
        : profile_( profile ), random_( seed ), literal_( literal ) {}
 
-   std::uint64_t any( std::uint64_t below ) { return random_() % below; }
-   bool oneIn( std::uint64_t times ) { return any( times ) == 0; }
+   std::size_t any( std::size_t below ) { return static_cast< std::size_t >( random_() % below ); }
+   bool oneIn( std::size_t times ) { return any( times ) == 0; }
 
    Bridging::VlanId anyVid() {
       static constexpr std::array< std::uint16_t, 3 > kNoVlanIds{ 0, 4095, 65535 };

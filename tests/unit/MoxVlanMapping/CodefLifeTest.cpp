@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/VirtualSlot.h"
 #include "tests/unit/MoxVlanMapping/CodefMembers.h"
 #include "tests/unit/MoxVlanMapping/CodefTest.h"
-#include "tests/unit/MoxVlanMapping/VirtualSlot.h"
 
 namespace {
 
@@ -20,6 +20,7 @@ using MoxVlanMapping::VlanRangeEntryDir;
 using MoxVlanMapping::VlanXlateScaleEntry;
 using MoxVlanMapping::VlanXlateScaleEntryDir;
 using MoxVlanMapping::VlanXlateScheduleDir;
+using TestSupport::virtualSlot;
 
 class CodefLifeTest : public CodefTest {
  protected:

@@ -180,8 +180,8 @@ newestRaw( unsigned level ) {
    const auto* codes = reinterpret_cast< const char* >( newest->words ) + 20;
    std::uint32_t id = 0;
    std::memcpy( &id, &newest->words[ Pelrec::kFormatAndCodes ], sizeof id );
-   return std::string( formats[ id ].text, formats[ id ].length ) + " (" +
-          std::string( codes, strnlen( codes, 4 ) ) + ")";
+   return std::string( formats[ id ].text, static_cast< std::size_t >( formats[ id ].length ) ) +
+          " (" + std::string( codes, strnlen( codes, 4 ) ) + ")";
 }
 
 TEST_F( CodefTraceTest, RingRecordsHoldFormatAndRawArgument ) {

@@ -10,8 +10,8 @@
 #include "Zel/NewEntity.h"
 #include "tests/support/PrivateMember.h"
 #include "tests/support/TraceCapture.h"
+#include "tests/support/VirtualSlot.h"
 #include "tests/unit/MoxVlanMapping/ScaleSlaveSmTest.h"
-#include "tests/unit/MoxVlanMapping/VirtualSlot.h"
 
 namespace TestSupport {
 
@@ -29,6 +29,7 @@ using MoxVlanMapping::MoxVlanRangeMgr;
 using MoxVlanMapping::VlanMappingScaleSlaveSm;
 using MoxVlanMapping::VlanRangeEntryDir;
 using MoxVlanMapping::VlanXlateScheduleDir;
+using TestSupport::virtualSlot;
 
 class ScaleSlaveSmLifeTest : public ScaleSlaveSmTest {};
 

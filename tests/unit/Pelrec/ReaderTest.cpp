@@ -227,10 +227,13 @@ TEST_F( ReaderTest, RefusesEveryShorterImage ) {
 
 TEST_F( ReaderTest, RefusesBytesThatAreNotAligned ) {
    const auto image = small_.bytes();
-   std::vector< std::byte > moved( image.size() + 1 );
-   std::ranges::copy( image, moved.begin() + 1 );
-   EXPECT_EQ( refusal( std::span( moved ).subspan( 1 ) ),
-              "Pelrec image: does not start at a multiple of 8 bytes" );
+   // At 4 some machines would do with numbers of 64 bits, but not with atomic ones.
+   for ( const std::size_t offset : { 1, 4 } ) {
+      std::vector< std::byte > moved( image.size() + offset );
+      std::ranges::copy( image, moved.begin() + static_cast< std::ptrdiff_t >( offset ) );
+      EXPECT_EQ( refusal( std::span( moved ).subspan( offset ) ),
+                 "Pelrec image: does not start at a multiple of 8 bytes" );
+   }
 }
 
 TEST_F( ReaderTest, AnyChangedBitIsRefusedInTheHeaderAndHarmlessBehindIt ) {

@@ -75,7 +75,7 @@ class TornSlotTest : public testing::Test {
 
    bool writeInTheMiddle_ = false;
    int stops_ = 0;
-   std::uint64_t seenInTheMiddle_[ kWords ] = {};
+   alignas( Pelrec::Slot ) std::uint64_t seenInTheMiddle_[ kWords ] = {};
 };
 
 TornSlotTest* TornSlotTest::running_ = nullptr;

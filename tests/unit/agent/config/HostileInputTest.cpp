@@ -60,6 +60,11 @@ seedText( bool ieee ) {
                                 swapMapping( "ingress", 8 ) ) ) );
 }
 
+std::size_t
+any( std::mt19937_64& random, std::size_t below ) {
+   return static_cast< std::size_t >( random() % below );
+}
+
 TEST( HostileInput, EveryPrefixOfAConfigurationHasAnAnswer ) {
    for ( const bool ieee : { true, false } ) {
       const std::string text = seedText( ieee );
@@ -80,7 +85,7 @@ TEST( HostileInput, ChangedBytesHaveAnAnswer ) {
    for ( int round = 0; round < 20000; ++round ) {
       std::string text = seedText( round % 2 == 0 );
       for ( std::uint64_t edits = 1 + random() % 3; edits > 0; --edits ) {
-         text[ random() % text.size() ] = bytes[ random() % bytes.size() ];
+         text[ any( random, text.size() ) ] = bytes[ any( random, bytes.size() ) ];
       }
       expectUsableAnswer( read( text ) );
    }
@@ -97,13 +102,14 @@ TEST( HostileInput, ReplacedValuesHaveAnAnswer ) {
                                   "\"x\"", "{\"a\":1}", "\"\\n\"" };
    for ( int round = 0; round < 20000; ++round ) {
       const std::string text = seedText( round % 2 == 0 );
-      std::size_t colon = text.find( ':', random() % text.size() );
+      std::size_t colon = text.find( ':', any( random, text.size() ) );
       if ( colon == std::string::npos ) {
          continue;
       }
       const std::size_t end = text.find_first_of( ",}]", colon );
       expectUsableAnswer( read( text.substr( 0, colon + 1 ) +
-                                values[ random() % std::size( values ) ] + text.substr( end ) ) );
+                                values[ any( random, std::size( values ) ) ] +
+                                text.substr( end ) ) );
    }
 }
 
