@@ -4,7 +4,7 @@
 """What tools/mutate changes: the mutants of a source file, by its tokens.
 
 The sources are formatted, so blanks tell a binary operator from a template's bracket or a type's
-sign, and a line of few blanks that ends in { from one inside a function.
+sign.
 """
 
 import re
@@ -31,7 +31,7 @@ TOKEN = re.compile(r"""
 """, re.VERBOSE | re.DOTALL | re.MULTILINE)
 
 Token = namedtuple("Token", "kind text begin end")
-Mutant = namedtuple("Mutant", "file line head old new text")
+Mutant = namedtuple("Mutant", "file line before old new text")
 
 
 def tokens(source):
@@ -50,19 +50,19 @@ def closing(toks, at):
 
 
 def left_alone(toks):
-    """Token indices of assertions and of verify(), its body included."""
-    alone = set()
+    """Token indices of what assertions ask, and of verify(), its body included."""
+    asked, verified = set(), set()
     for i, tok in enumerate(toks[:-1]):
         if toks[i + 1].text != "(":
             continue
         end = closing(toks, i + 1)
         if tok.text in ("ZEL_ASSERT", "static_assert"):
-            alone.update(range(i, end + 1))
+            asked.update(range(i, end + 1))
         elif tok.text.startswith("verify"):
             body = next((k for k in range(end, len(toks)) if toks[k].text in "{;"), end)
             if toks[body].text == "{":
-                alone.update(range(i, closing(toks, body) + 1))
-    return alone
+                verified.update(range(i, closing(toks, body) + 1))
+    return asked, verified
 
 
 def templates(source, toks):
@@ -115,7 +115,7 @@ def conditions(toks):
             inside = toks[i + 2:end]
             if not any(t.text in ("==", "!=", "<", "<=", ">", ">=", "&&", "||", "!", "=", ";")
                        for t in inside):
-                yield inside[0].begin, inside[-1].end, None
+                yield inside[0].begin, inside[-1].end
 
 
 DECLARED = re.compile(r"^(?:(?:static|constexpr|const|auto)\s+)*[\w:]+(?:<.*>)?[&*]*\s*"
@@ -151,26 +151,19 @@ def statements(source, toks):
 def mutants(file, source):
     """All of one file, from the top."""
     toks = tokens(source)
-    alone = left_alone(toks)
-    forbidden = {toks[i].begin for i in alone}
-    changes = [c for c in swaps(source, toks) if c[0] not in forbidden]
-    changes += [(b, e, f"!( {source[b:e]} )") for b, e, _ in conditions(toks)
-                if b not in forbidden]
+    asked, verified = ({toks[i].begin for i in alone} for alone in left_alone(toks))
+    changes = list(swaps(source, toks))
+    changes += [(b, e, f"!( {source[b:e]} )") for b, e in conditions(toks)]
+    changes = [c for c in changes if c[0] not in asked]
     # An assertion is a statement too: it may be the one that does the work.
-    verified = {toks[i].begin for i in alone if toks[i].text not in ("ZEL_ASSERT",)}
-    changes += [(b, e, ";") for b, e in statements(source, toks) if b not in verified and
-                "verify" not in head(source, b)]
+    changes += [(b, e, ";") for b, e in statements(source, toks)]
+    changes = [c for c in changes if c[0] not in verified]
     for begin, end, text in sorted(set(changes)):
         low = source.rfind("\n", 0, begin) + 1
         high = source.find("\n", end)
         old = " ".join(source[low:high].split())
         new = " ".join((source[low:begin] + text + source[end:high]).split())
         if old != new:
-            yield Mutant(file, source.count("\n", 0, begin) + 1, head(source, begin), old, new,
+            before = " ".join(source[:low].rstrip().rsplit("\n", 1)[-1].split())
+            yield Mutant(file, source.count("\n", 0, begin) + 1, before, old, new,
                          source[:begin] + text + source[end:])
-
-
-def head(source, begin):
-    """First line of the function around `begin`, or of its class."""
-    heads = re.findall(r"^ {0,3}[^\s#/}].*\{$", source[:begin], re.MULTILINE)
-    return " ".join(heads[-1].split()) if heads else ""

@@ -24,7 +24,6 @@
 #include <fstream>
 #include <map>
 #include <random>
-#include <ranges>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -101,14 +100,14 @@ rangesOf( const PortArray& port ) {
 template < class Collection, class Ranges, class Same >
 bool
 agree( const Collection& collection, const Ranges& ranges, Same same ) {
-   auto range = std::ranges::begin( ranges );
+   auto range = ranges.begin();
    for ( const auto& element : collection ) {
-      if ( range == std::ranges::end( ranges ) || !same( element, *range ) ) {
+      if ( range == ranges.end() || !same( element, *range ) ) {
          return false;
       }
       ++range;
    }
-   return range == std::ranges::end( ranges );
+   return range == ranges.end();
 }
 
 class CountingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
@@ -291,7 +290,8 @@ class Soak {
          agree( entry->vlanIdRange(), expected,
                 []( const auto& element, const auto& range ) { return element.value() == range; } ),
          name + ": its ranges differ" );
-      require( agree( entry->revSortedStartVid(), std::views::reverse( expected ),
+      const std::vector< VlanRangeXlateMapping > descending( expected.rbegin(), expected.rend() );
+      require( agree( entry->revSortedStartVid(), descending,
                       []( const auto& element, const auto& range ) {
                          return element.key().value() == range.lowVid().value() && element.value();
                       } ),

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -50,6 +51,8 @@ class CodefTraceTest : public CodefTest {
       return capture.text();
    }
 };
+
+using CodefTraceDeathTest = CodefTraceTest;
 
 TEST_F( CodefTraceTest, Construction ) {
    EXPECT_EQ( traced( [ & ] { newCodef(); } ), "0:14 handleInitialized\n" );
@@ -203,6 +206,12 @@ class SilentCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
  protected:
    using MoxVlanRangeMappingCodef::MoxVlanRangeMappingCodef;
 };
+
+// In a process of its own, where nobody has set a level.
+TEST_F( CodefTraceDeathTest, NoLevelIsEnabledAtFirst ) {
+   GTEST_FLAG_SET( death_test_style, "threadsafe" );
+   EXPECT_EXIT( settle(); std::_Exit( 0 ), testing::ExitedWithCode( 0 ), "^$" );
+}
 
 // To compose a line takes memory; where nothing is inserted, nothing else does.
 TEST_F( CodefTraceTest, DisabledLinesAreNotComposed ) {

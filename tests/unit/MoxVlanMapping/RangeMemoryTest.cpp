@@ -1,15 +1,18 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// What add and delete leave behind when memory runs out: the index as it was; and what is given back.
+// What add and delete leave behind when memory runs out: the index as it was. How many elements they
+// make, and what is given back.
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "Zel/AllocationTracker.h"
 #include "Zel/NewEntity.h"
 #include "tests/support/OperatorNew.h"
 #include "tests/support/TraceCapture.h"
@@ -145,6 +148,60 @@ INSTANTIATE_TEST_SUITE_P(
                                  Needs::NewElementsWhenHeld },
                     ShortageRow{ "Split", "10-20 M", false, 15, "7: 10-14 M, 16-20 M / 16, 10\n",
                                  Needs::NewElements } ),
+   []( const auto& row ) { return std::string( row.param.name ); } );
+
+struct MadeRow {
+   const char* name;
+   const char* before;
+   bool add;
+   unsigned vid;
+   const char* made;         // ranges, starts
+   const char* madeTraced;   // those who read the traces see elements replaced, not changed
+
+   friend void PrintTo( const MadeRow& row, std::ostream* out ) { *out << row.name; }
+};
+
+class RangeElementsMadeTable : public RangeMgrTest, public testing::WithParamInterface< MadeRow > {
+ protected:
+   static std::int64_t made( const char* element ) {
+      return Zel::allocationCount( std::string( "MoxVlanMapping::VlanRangeEntry::" ) + element )
+         .total;
+   }
+   std::string madeByTheCall() {
+      given( GetParam().before );
+      const std::int64_t ranges = made( "ZelVlanIdRange" );
+      const std::int64_t starts = made( "ZelRevSortedStartVid" );
+      if ( GetParam().add ) {
+         add( GetParam().vid, M );
+      } else {
+         del( GetParam().vid );
+      }
+      return std::to_string( made( "ZelVlanIdRange" ) - ranges ) + ", " +
+             std::to_string( made( "ZelRevSortedStartVid" ) - starts );
+   }
+};
+
+TEST_P( RangeElementsMadeTable, AreThoseThatAreStored ) {
+   EXPECT_EQ( madeByTheCall(), GetParam().made );
+}
+
+TEST_P( RangeElementsMadeTable, AreThoseThatAreStoredWhileTracesAreRead ) {
+   const TestSupport::TraceCapture traces( "MoxVlanRangeMgr", "*" );
+   EXPECT_EQ( madeByTheCall(), GetParam().madeTraced );
+}
+
+INSTANTIATE_TEST_SUITE_P(
+   Cases, RangeElementsMadeTable,
+   testing::Values( MadeRow{ "Present", "10-12 M", true, 11, "0, 0", "0, 0" },
+                    MadeRow{ "NewRange", "10-12 M", true, 20, "1, 1", "1, 1" },
+                    MadeRow{ "Merge", "10-12 M, 14-20 M", true, 13, "0, 0", "1, 0" },
+                    MadeRow{ "FrontExtension", "10-12 M", true, 9, "0, 0", "1, 1" },
+                    MadeRow{ "BackExtension", "10-12 M", true, 13, "0, 0", "1, 0" },
+                    MadeRow{ "Absent", "10-12 M", false, 13, "0, 0", "0, 0" },
+                    MadeRow{ "OnlyId", "10-10 M", false, 10, "0, 0", "0, 0" },
+                    MadeRow{ "LowestId", "10-12 M", false, 10, "0, 0", "1, 1" },
+                    MadeRow{ "HighestId", "10-12 M", false, 12, "0, 0", "1, 0" },
+                    MadeRow{ "Split", "10-12 M", false, 11, "1, 1", "2, 1" } ),
    []( const auto& row ) { return std::string( row.param.name ); } );
 
 // Whether the traces are read, for the way of the deletion differs.

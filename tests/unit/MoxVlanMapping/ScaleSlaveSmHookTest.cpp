@@ -3,6 +3,7 @@
 //
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <utility>
@@ -314,6 +315,13 @@ TEST_F( ScaleSlaveSmTraceTest, OtherLevelsShowNothing ) {
    sm_->handleInitialized();
    sm_->doDelEgressVlanMapping( key( 102 ) );
    EXPECT_EQ( capture.text(), "" );
+}
+
+// In a process of its own, where nobody has set a level.
+using ScaleSlaveSmTraceDeathTest = ScaleSlaveSmTraceTest;
+TEST_F( ScaleSlaveSmTraceDeathTest, NoLevelIsEnabledAtFirst ) {
+   GTEST_FLAG_SET( death_test_style, "threadsafe" );
+   EXPECT_EXIT( sm_->handleInitialized(); std::_Exit( 0 ), testing::ExitedWithCode( 0 ), "^$" );
 }
 
 // To compose a line takes memory; these calls insert nothing, so nothing else does.

@@ -25,6 +25,14 @@ class SizeSortTest : public TestSupport::NoneLeftTest {
       entry_->vlanIdRangeIs( { VlanId::fromRaw( low ), VlanId::fromRaw( high ),
                                Bridging::VlanXlateMapping::fromRaw( mapping ) } );
    }
+   /// Single ids, so many that counting is worth it.
+   void manyMore() {
+      for ( std::uint16_t id = 4001; id <= 4010; ++id ) {
+         is( id, id );
+      }
+   }
+   static constexpr char kManyMore[] = "4001-4001 4002-4002 4003-4003 4004-4004 4005-4005 "
+                                       "4006-4006 4007-4007 4008-4008 4009-4009 4010-4010";
    static std::string text( const auto& ranges ) {
       std::string all;
       for ( const VlanRangeXlateMapping& range : ranges ) {
@@ -70,6 +78,9 @@ TEST_F( SizeSortTest, TheSizesAroundTheLargestBucketKeepTheirOrder ) {
    is( 2000, 2064 );
    is( 3000, 3063 );
    EXPECT_EQ( sorted(), "300-364 2000-2064 100-163 3000-3063 1000-1062" );
+   manyMore();
+   EXPECT_EQ( sorted(),
+              std::string( "300-364 2000-2064 100-163 3000-3063 1000-1062 " ) + kManyMore );
 }
 
 TEST_F( SizeSortTest, CrossedRangesComeLastTheLeastCrossedFirst ) {
@@ -78,6 +89,8 @@ TEST_F( SizeSortTest, CrossedRangesComeLastTheLeastCrossedFirst ) {
    is( 70, 70 );
    is( 80, 79 );
    EXPECT_EQ( sorted(), "70-70 60-59 80-79 50-40" );
+   manyMore();
+   EXPECT_EQ( sorted(), std::string( "70-70 " ) + kManyMore + " 60-59 80-79 50-40" );
    EXPECT_EQ( sorted(), expected() );
 }
 

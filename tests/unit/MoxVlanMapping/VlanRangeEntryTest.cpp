@@ -108,6 +108,17 @@ TEST_F( VlanRangeEntryTest, InsertingAStoredStartReplacesItsFlag ) {
    EXPECT_EQ( starts(), "20, 10" );
 }
 
+TEST_F( VlanRangeEntryTest, AnElementThatIsInsertedAtAStoredOneGivesItItsValue ) {
+   ranges( "10-12 M" );
+   entry_->vlanIdRangeIs(
+      Zel::newEntity< VlanRangeEntry::ZelVlanIdRange >( rangeOf( 10, 14, 'N' ) ) );
+   EXPECT_EQ( ranges(), "10-14 N" );
+   entry_->revSortedStartVidIs( 10, false );
+   entry_->revSortedStartVidIs( Zel::newEntity< VlanRangeEntry::ZelRevSortedStartVid >(
+      MoxVlanMapping::ReverseStartIdVlanId( 10 ), true ) );
+   EXPECT_EQ( starts(), "10" );
+}
+
 TEST_F( VlanRangeEntryTest, NodesAreActive ) {
    ranges( "10-20 M" );
    starts( { 10 } );

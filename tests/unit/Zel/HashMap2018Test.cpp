@@ -282,11 +282,38 @@ TEST_F( HashMap2018Test, RemembersNoElementThatWasDeleted ) {
    EXPECT_EQ( map_.findNode( 5 )->value(), 51 );
 }
 
+TEST_F( HashMap2018Test, AnElementThatOutlivesItsCollectionCanBeStoredInAnother ) {
+   const auto held = Zel::newEntity< Member >( 77u );
+   Set().insert( held );
+   Set other;
+   other.insert( held );
+   EXPECT_TRUE( other.contains( 77 ) );
+   other.verify( 1 );
+}
+
+// A bucket for each node at least: hashes in a row share none.
+TEST_F( HashMap2018Test, BucketsGrowWithTheNodes ) {
+   Zel::HashTable table( 0 );
+   for ( std::uint32_t nodes = 1; nodes <= 300; ++nodes ) {
+      table.link( Zel::newEntity< Member >( nodes ), nodes );
+      for ( std::uint32_t hash = 1; hash <= nodes; ++hash ) {
+         const Zel::HashNode* const node = table.bucket( hash );
+         ASSERT_TRUE( node && node->zelStoredHash() == hash && !table.bucketNext( *node ) ) << hash;
+      }
+   }
+}
+
 TEST_F( HashMap2018DeathTest, InsertionOfAStoredKeyAborts ) {
    map_.is( 5, 50 );
    EXPECT_DEATH( map_.insert( Zel::newEntity< Hashed::Node >( 5u, 51 ) ),
                  "Zel/HashMap2018:[0-9]+: .*insert.*: Assertion "
                  "`!contains\\( node->key\\(\\) \\)' failed\\." );
+}
+
+TEST_F( HashMap2018DeathTest, ANodeThatLosesTheMapsReferenceAborts ) {
+   map_.is( 5, 50 );
+   EXPECT_DEATH( map_.findNode( 5 )->zelReferenceDec(),
+                 "Zel/HashTable:[0-9]+: .*~HashNode.*: Assertion `!linked\\(\\)' failed\\." );
 }
 
 TEST_F( HashMap2018DeathTest, UnlinkingANodeThatIsGoneAborts ) {

@@ -11,6 +11,7 @@
 #include <random>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -119,6 +120,42 @@ TEST_F( KeyIndexTest, AWalkPassesOverWhatTheOtherCollectionAloneHolds ) {
    verify();
 }
 
+TEST_F( KeyIndexTest, AWalkDownPassesOverAllToTheLowestPlace ) {
+   second_.insert( node( 0 ) );
+   first_.insert( node( 1 ) );
+   EXPECT_EQ( second_.findElementOrNext( { 1 } )->key().number, 0u );
+   second_.del( Small{ 0 } );
+   first_.insert( node( 0 ) );
+   EXPECT_FALSE( second_.findElementOrNext( { 1 } ) );
+   insertMany( 20000 );
+   EXPECT_FALSE( second_.findElementOrNext( { 1 } ) );
+}
+
+TEST_F( KeyIndexTest, TheArrayDoublesWhenItIsFull ) {
+   std::vector< Zel::Ptr< MovableNode > > nodes;
+   for ( std::uint32_t i = 0; i < 2 * KeyIndex::kMostFew; ++i ) {
+      nodes.push_back( node( i / 2 ) );
+   }
+   const std::uint64_t before = TestSupport::newRequests();
+   for ( std::uint32_t i = 0; i < KeyIndex::kMostFew; ++i ) {
+      index_.insertPair( static_cast< KeyPlace >( i ), *nodes[ 2 * i ], *nodes[ 2 * i + 1 ] );
+   }
+   EXPECT_EQ( TestSupport::newRequests() - before, 8u );   // room for 4, 8, ... 512
+   first_.deleteAll();
+   second_.deleteAll();
+}
+
+// The array is made anew then, and no other deletion takes memory.
+TEST_F( KeyIndexTest, ThePagesGoWhenHalfOfTheMostAreLeft ) {
+   insertMany( 0 );
+   for ( std::uint32_t left = KeyIndex::kMostFew; left > 0; --left ) {
+      const std::uint64_t before = TestSupport::newRequests();
+      index_.takePair( below( 65535 ) );
+      const bool asked = TestSupport::newRequests() != before;
+      ASSERT_EQ( asked, left == KeyIndex::kMostFew / 2 ) << left;
+   }
+}
+
 TEST_F( KeyIndexTest, AroundTellsTheNearestPlaces ) {
    EXPECT_EQ( around( 7 ), "- -" );
    insertPair( 5 );
@@ -178,6 +215,19 @@ TEST_F( KeyIndexTest, ATakenPairGoesUnlessSomebodyHoldsIt ) {
    EXPECT_EQ( held->zelReferences(), 1 );
    EXPECT_TRUE( first_.empty() );
    EXPECT_TRUE( second_.empty() );
+}
+
+TEST_F( KeyIndexTest, WhatStandsInItGoesWithIt ) {
+   const Zel::Ptr< MovableNode > a = node( 5 );
+   const Zel::Ptr< MovableNode > b = node( 5 );
+   {
+      KeyIndex withoutMaps;
+      withoutMaps.insertPair( 5, *a, *b );
+      EXPECT_EQ( a->zelReferences(), 2 );
+   }
+   EXPECT_FALSE( a->linked() || b->linked() );
+   EXPECT_EQ( a->zelReferences(), 1 );
+   EXPECT_EQ( b->zelReferences(), 1 );
 }
 
 TEST_F( KeyIndexTest, AMoveWithoutMemoryForItsPageChangesNothing ) {

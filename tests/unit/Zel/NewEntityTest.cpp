@@ -4,6 +4,8 @@
 #include "Zel/NewEntity.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -11,12 +13,14 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "Zel/AllocationTracker.h"
 #include "Zel/PtrInterface.h"
+#include "Zel/SharedCount.h"
 #include "Zel/Slab.h"
 #include "tests/support/NoneLeftTest.h"
 #include "tests/support/OperatorNew.h"
@@ -193,6 +197,46 @@ TEST_F( SlabTest, CellsLargerThanAChunkWork ) {
    slab.release( first );
    slab.release( second );
    EXPECT_EQ( slab.allocate(), second );
+}
+
+TEST_F( SlabTest, ACellOfACacheLineStandsOnOneAlone ) {
+   static Zel::Slab slab( 64, 8 );   // keeps its chunks for good
+   for ( int i = 0; i < 3000; ++i ) {
+      ASSERT_EQ( reinterpret_cast< std::uintptr_t >( slab.allocate() ) % 64, 0u );
+   }
+}
+
+// Each thread marks its cells: one that two threads had at once would lose a mark.
+TEST_F( SlabTest, ThreadsHaveDifferentCellsWhileTheSwitchIsOn ) {
+   static Zel::Slab slab( 64, 8 );
+   Zel::threadSafePtrIs( true );
+   std::atomic< int > lost = 0;
+   const auto work = [ &lost ]( int mark ) {
+      std::array< int*, 8 > cells{};
+      for ( int round = 0; round < 100000; ++round ) {
+         for ( int*& cell : cells ) {
+            cell = new ( slab.allocate() ) int( mark );
+         }
+         for ( int* cell : cells ) {
+            lost += *cell == mark ? 0 : 1;
+            slab.release( cell );
+         }
+      }
+   };
+   std::thread other( work, 1 );
+   work( 2 );
+   other.join();
+   Zel::threadSafePtrIs( false );
+   EXPECT_EQ( lost, 0 );
+}
+
+TEST_F( SlabTest, ChunksGrowSoThatManyCellsTakeFewRequests ) {
+   static Zel::Slab slab( 32, 8 );   // keeps its chunks for good
+   const std::uint64_t before = TestSupport::newRequests();
+   for ( int i = 0; i < 100000; ++i ) {
+      slab.allocate();
+   }
+   EXPECT_LT( TestSupport::newRequests() - before, 100u );
 }
 
 TEST_F( SlabTest, AnEntitysMemoryServesTheNextOfItsType ) {

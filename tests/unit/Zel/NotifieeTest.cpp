@@ -122,6 +122,16 @@ TEST_F( NotifieeTest, OneThatRemovesItselfIsToldOnceAndTheOthersAreToldAll ) {
    EXPECT_EQ( watching(), 2u );
 }
 
+TEST_F( NotifieeTest, OneThatIsRemovedIsNotCountedFromThenOn ) {
+   std::size_t counted = 0;
+   probe( "b" ).action = [ & ] {
+      probe( "a" ).zelNotifierIs( nullptr );
+      counted = watching();
+   };
+   change( 1 );
+   EXPECT_EQ( counted, 2u );
+}
+
 TEST_F( NotifieeTest, OneThatRemovesAnEarlierOneSkipsNobody ) {
    probe( "b" ).action = [ & ] { probe( "a" ).zelNotifierIs( nullptr ); };
    EXPECT_EQ( change( 1 ), "a=1 b=1 c=1" );
@@ -438,6 +448,33 @@ TEST_F( NotifieeDeathTest, ANotifieesReferenceGivenBackTwiceAborts ) {
    const auto dropInDestructor = [ & ] { Zel::newEntity< Clinging >( log_ ); };
    EXPECT_DEATH( dropInDestructor(), "Zel/PtrInterface:[0-9]+: .*assertZero.*: Assertion "
                                      "`!flag\\( kDestroying \\)' failed\\." );
+}
+
+// Does in its destructor what a test wants.
+class Dying : public Zel::PtrInterface::NotifieeConst {
+ public:
+   static constexpr char zelTypeName[] = "NotifieeTest::Dying";
+   void onAttribute( Zel::AttributeId, const void* ) override { ADD_FAILURE() << "half an object"; }
+
+   std::function< void() > lastAct;
+
+ protected:
+   Dying() = default;
+   ~Dying() override { lastAct(); }
+};
+
+TEST_F( NotifieeTest, OneThatIsBeingDestroyedIsToldOfNothing ) {
+   auto dying = Zel::newEntity< Dying >();
+   dying->zelNotifierIs( subject_ );
+   dying->lastAct = [ & ] { EXPECT_EQ( change( 1 ), "a=1 b=1 c=1" ); };
+   dying = nullptr;
+}
+
+TEST_F( NotifieeDeathTest, OneThatIsHeldInItsDestructorAborts ) {
+   auto dying = Zel::newEntity< Dying >();
+   dying->lastAct = [ held = dying.get() ] { held->zelReferenceInc(); };
+   EXPECT_DEATH( dying = nullptr, "Zel/PtrInterface:[0-9]+: .*assertUnused.*: Assertion `" );
+   dying->lastAct = [] {};
 }
 
 }   // namespace

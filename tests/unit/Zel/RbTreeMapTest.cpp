@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <new>
 #include <numeric>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/NoneLeftTest.h"
+#include "tests/support/OperatorNew.h"
+#include "tests/support/TestSeed.h"
 #include "tests/unit/Zel/Collections.h"
 #include "tests/unit/Zel/Twins.h"
 
@@ -174,6 +177,21 @@ TEST_F( RbTreeMapTest, StaysBalancedWhenBuiltAndTakenDownInOrder ) {
    }
 }
 
+TEST_F( RbTreeMapTest, StaysWholeUnderRandomEdits ) {
+   const std::uint64_t seed = TestSupport::testSeed();
+   SCOPED_TRACE( TestSupport::seedNote( seed ) );
+   std::mt19937_64 random( seed );
+   for ( int step = 0; step < 3000; ++step ) {
+      const auto key = static_cast< std::uint32_t >( random() % 100 );
+      if ( random() % 2 == 0 ) {
+         ascending_.is( key, step );
+      } else {
+         ascending_.erase( key );
+      }
+      ascending_.verify();
+   }
+}
+
 // Refilling: as deleting everything and inserting the keys in order.
 class RbTreeMapRefillTest : public TestSupport::NoneLeftTest {
  protected:
@@ -253,6 +271,27 @@ TEST_F( RbTreeMapRefillTest, CountsEveryElementAsDeletedAndInserted ) {
    EXPECT_EQ( map_.changes(), 3u + 3u + 2u );
 }
 
+TEST_F( RbTreeMapRefillTest, ChangesNothingWhenMemoryRunsOut ) {
+   map_.fill( { 1, 2, 3 } );
+   const auto held = map_.findElement( 2 );
+   const std::vector< std::uint32_t > keys = upTo( 100 );
+   for ( unsigned refused = 0; map_.size() != 100; ++refused ) {
+      unsigned request = 0;
+      map_.nodes = {};
+      try {
+         const TestSupport::OperatorNewHook hook( [ & ] {
+            if ( request++ == refused ) {
+               throw std::bad_alloc();
+            }
+         } );
+         map_.fill( keys );
+      } catch ( const std::bad_alloc& ) {
+         ASSERT_EQ( map_.show(), "1 2 3" ) << "request " << refused << " refused";
+      }
+   }
+   EXPECT_EQ( held->key(), 2u );
+}
+
 TEST_F( RbTreeMapRefillTest, ChangesNothingWhenAnElementCannotBeMade ) {
    map_.fill( { 1, 2, 3 } );
    const std::uint32_t changes = map_.changes();
@@ -273,11 +312,29 @@ TEST_F( RbTreeMapRefillTest, ChangesNothingWhenAnElementCannotBeMade ) {
    map_.verify();
 }
 
+TEST_F( RbTreeMapDeathTest, ANodeThatLosesTheMapsReferenceAborts ) {
+   ascending_.is( 5, 1 );
+   EXPECT_DEATH( ascending_.first()->zelReferenceDec(),
+                 "Zel/RbTree:[0-9]+: .*~RbNode.*: Assertion `!linked\\(\\)' failed\\." );
+}
+
 TEST_F( RbTreeMapDeathTest, InsertionOfAStoredKeyAborts ) {
    ascending_.is( 5, 50 );
    EXPECT_DEATH( ascending_.insert( Zel::newEntity< Ascending::Node >( 5u, 51 ) ),
                  "Zel/RbTreeMap:[0-9]+: .*insert.*: Assertion "
                  "`!\\( node->key\\(\\) == stored \\)' failed\\." );
+}
+
+TEST_F( RbTreeMapDeathTest, LinkingAtATakenPlaceAborts ) {
+   using Zel::RbTree;
+   RbTree tree;
+   const auto link = [ &tree ] {
+      tree.linkAt( nullptr, RbTree::Side::Left,
+                   Zel::newEntity< TestCollections::RefillNode >( 1u ) );
+   };
+   link();
+   EXPECT_DEATH( link(), "Zel/RbTree:[0-9]+: .*linkAt.*: Assertion `!place' failed\\." );
+   tree.clear();
 }
 
 TEST_F( RbTreeMapDeathTest, UnlinkingANodeThatIsGoneAborts ) {

@@ -213,6 +213,12 @@ TEST_F( SmallKeyMapDeathTest, InsertionOfAStoredKeyAborts ) {
                  "`&stored == node.get\\(\\)' failed\\." );
 }
 
+TEST_F( SmallKeyMapDeathTest, ANodeThatLosesTheMapsReferenceAborts ) {
+   ascending_.is( 5, 1 );
+   EXPECT_DEATH( ascending_.findNode( { 5 } )->zelReferenceDec(),
+                 "Zel/KeyIndex:[0-9]+: .*~SmallKeyNode.*: Assertion `!linked\\(\\)' failed\\." );
+}
+
 TEST_F( SmallKeyMapDeathTest, InsertionOfANodeThatStandsInAnotherMapAborts ) {
    SmallAscending other;
    other.is( 5, 50 );
