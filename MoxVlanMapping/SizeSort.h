@@ -31,6 +31,10 @@ class SizeSort {
    std::span< const VlanRangeXlateMapping > sorted( const VlanRangeEntry::VlanIdRangeMap& ranges );
 
  private:
+   std::span< const VlanRangeXlateMapping >
+   compared( const VlanRangeEntry::VlanIdRangeMap& ranges );
+   std::span< const VlanRangeXlateMapping > counted( const VlanRangeEntry::VlanIdRangeMap& ranges );
+
    std::vector< VlanRangeXlateMapping > byId_;
    std::vector< VlanRangeXlateMapping > bySize_;
    std::vector< VlanXlateScaleEntry::ZelVidRangeSorted* > nodes_;
