@@ -228,7 +228,7 @@ TEST_F( ReaderTest, RefusesEveryShorterImage ) {
 TEST_F( ReaderTest, RefusesBytesThatAreNotAligned ) {
    const auto image = small_.bytes();
    // At 4 some machines would do with numbers of 64 bits, but not with atomic ones.
-   for ( const std::size_t offset : { 1, 4 } ) {
+   for ( const std::size_t offset : { std::size_t{ 1 }, std::size_t{ 4 } } ) {
       std::vector< std::byte > moved( image.size() + offset );
       std::ranges::copy( image, moved.begin() + static_cast< std::ptrdiff_t >( offset ) );
       EXPECT_EQ( refusal( std::span( moved ).subspan( offset ) ),
