@@ -41,6 +41,18 @@ class ScheduleMark {
    Zel::Ptr< VlanXlateScheduleDir::ZelVlanXlateSchedule > element_;   // null: it waits already
 };
 
+// To the base class a range exception says that the hook changed nothing, so none may come from a
+// reactor behind the change.
+template < class Notify >
+void
+notifyBehindChange( const Notify& notify ) {
+   try {
+      notify();
+   } catch ( const Zel::RangeException& error ) {
+      throw Zel::Exception( error.what() );
+   }
+}
+
 }   // namespace
 
 VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSm(
@@ -128,7 +140,7 @@ VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
    mgr->addVlanToIdx( pvKey.intfId(), pvKey.vlanId(), config.mapping() );
-   mark.set();
+   notifyBehindChange( [ & ] { mark.set(); } );
 }
 
 void
@@ -138,7 +150,7 @@ VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
    mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
-   mark.set();
+   notifyBehindChange( [ & ] { mark.set(); } );
 }
 
 void
@@ -150,15 +162,16 @@ VlanMappingScaleSlaveSm::doAddEgressVlanMapping( const Mox::PortVlanKey& pvKey )
       config = *configured;
    }
    const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
-   status->statusIs( Mox::MoxVlanMappingStatus( config.key(), config.mapping(), config.inLag(),
-                                                /* xlateUntagged */ false, config.origin() ) );
+   const Mox::MoxVlanMappingStatus record( config.key(), config.mapping(), config.inLag(),
+                                           /* xlateUntagged */ false, config.origin() );
+   notifyBehindChange( [ & ] { status->statusIs( record ); } );
 }
 
 void
 VlanMappingScaleSlaveSm::doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey ) {
    ZEL_TRACE( trace, kHooks, __LINE__, "doDelEgressVlanMapping", " pvKey: ", pvKey );
    const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
-   status->statusDel( pvKey );
+   notifyBehindChange( [ & ] { status->statusDel( pvKey ); } );
 }
 
 Zel::Ptr< VlanMappingScaleSlaveSm >

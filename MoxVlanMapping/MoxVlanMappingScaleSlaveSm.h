@@ -10,7 +10,7 @@
 // Ownership   Holds the two directories, the range manager, and what the base class holds.
 // Throws      Zel::RangeException for ids out of range, and from the ingress hooks Zel::Exception
 //             when there is no manager, before anything is changed; std::bad_alloc with nothing
-//             changed; what a reactor throws, behind the change.
+//             changed; what a reactor throws, behind the change, a range exception as Zel::Exception.
 // Threads     One thread, no locks.
 // Trace       "MoxVlanMappingScaleSm", level 5.
 #pragma once

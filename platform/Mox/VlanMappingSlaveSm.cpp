@@ -222,6 +222,8 @@ VlanMappingSlaveSm::deliverDel( DeliveredMap& delivered, const PortVlanKey& plac
    node->stateIs( State::Leaving );
    try {
       ( this->*hook )( key );
+   } catch ( const Zel::RangeException& ) {
+      // Refused, like its addition, which failed before it came to that.
    } catch ( ... ) {
       if ( node->state() == State::Leaving ) {
          node->stateIs( State::Unsure );

@@ -15,7 +15,8 @@
 //     that differ only there one is in force, and the next takes its place when it goes.
 //   - A record without a translated VLAN is delivered like any other; whoever writes the
 //     configuration keeps it out, for to the index the empty mapping means any mapping.
-//   - A mapping whose addition raised a range exception counts as not delivered. What a hook
+//   - A range exception says that the hook refused before it changed anything: an addition then
+//     counts as not delivered, and what a deletion refuses never was in force. What an addition
 //     throws reaches whoever wrote the configuration, which keeps the record.
 //   - Behind any other exception it is not known what the hook did. The next change of that key,
 //     and every handleInitialized(), delivers it once more: an ingress addition with the deletion

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/fault/FaultWorld.h"
 
@@ -124,7 +125,7 @@ const Row kRows[] = {
 };
 
 void
-throwAt( const Row& row ) {
+throwAt( const Row& row, bool outOfRange ) {
    Fault::Parts after;
    {
       World world;
@@ -140,10 +141,11 @@ throwAt( const Row& row ) {
       row.given( world );
       const Fault::Parts before = world.parts();
       world.points.due = [ & ]( std::string_view point ) { return point == row.point; };
+      world.points.outOfRange = outOfRange;
       try {
          row.act( world );
          ADD_FAILURE() << "nothing reached the caller";
-      } catch ( const Fault::ForeignFault& error ) {
+      } catch ( const std::runtime_error& error ) {
          EXPECT_STREQ( error.what(), row.point );
       }
       world.points.due = nullptr;
@@ -165,11 +167,30 @@ TEST_P( ExceptionTest, ReachesTheCallerAndLosesNothing ) {
    for ( const bool traced : { false, true } ) {
       SCOPED_TRACE( traced ? "traced" : "not traced" );
       const Fault::TraceSwitch traces( traced );
-      throwAt( *GetParam() );
+      throwAt( *GetParam(), false );
    }
 }
 
+// From a hook itself a range exception means something else: that it refuses.
+class ReactorRangeExceptionTest : public ExceptionTest {};
+
+TEST_P( ReactorRangeExceptionTest, IsNotTakenForARefusal ) {
+   throwAt( *GetParam(), true );
+}
+
 INSTANTIATE_TEST_SUITE_P( All, ExceptionTest, testing::ValuesIn( Fault::pointersTo( kRows ) ),
+                          Fault::caseName< Row > );
+
+std::vector< const Row* >
+reactorRows() {
+   std::vector< const Row* > rows = Fault::pointersTo( kRows );
+   std::erase_if( rows, []( const Row* row ) {
+      return std::string_view( row->point ).find( ' ' ) != std::string_view::npos;
+   } );
+   return rows;
+}
+
+INSTANTIATE_TEST_SUITE_P( All, ReactorRangeExceptionTest, testing::ValuesIn( reactorRows() ),
                           Fault::caseName< Row > );
 
 class ThrowingSinkTest : public testing::Test {

@@ -24,6 +24,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Zel/Exception.h"
 #include "Zel/Trace.h"
 #include "tests/support/LiveObjects.h"
 #include "tests/support/OperatorNew.h"
@@ -43,11 +44,15 @@ class Points {
    /// Throws when `due()` answers true to the point's name.
    void operator()( const char* point ) const {
       if ( due && due( point ) ) {
+         if ( outOfRange ) {
+            throw Zel::RangeException( point );
+         }
          throw ForeignFault( point );
       }
    }
 
    std::function< bool( std::string_view ) > due;
+   bool outOfRange = false;   ///< throws what the library itself refuses ids with
 };
 
 struct Kind {

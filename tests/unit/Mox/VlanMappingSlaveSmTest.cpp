@@ -275,6 +275,18 @@ TEST_F( VlanMappingSlaveSmTest, AReplayDeliversAFailedDeletionOnceMore ) {
    EXPECT_EQ( record_.take(), "" );
 }
 
+// Its addition failed before it came to be refused.
+TEST_F( VlanMappingSlaveSmTest, WhatADeletionRefusesNeverWasInForce ) {
+   initialize();
+   once( "+1/100=3001", [] { throw std::runtime_error( "no memory" ); } );
+   EXPECT_THROW( ingress( key( 1, 100 ), 3001 ), std::runtime_error );
+   once( "-1/100", [] { throw Zel::RangeException( "not a VLAN" ); } );
+   ingressDel( key( 1, 100 ) );
+   record_.take();
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "" );
+}
+
 TEST_F( VlanMappingSlaveSmTest, AReplayDeliversFailedEgressHooksOnceMore ) {
    initialize();
    once( "e+1/200=3001", [] { throw std::runtime_error( "later" ); } );
