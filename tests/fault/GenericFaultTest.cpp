@@ -3,9 +3,6 @@
 //
 // Generic access to every registered type - each operation of each attribute, iteration,
 // construction, string form and comparison - with each of its requests for memory refused.
-#include <algorithm>
-#include <cctype>
-#include <iterator>
 #include <span>
 #include <string>
 #include <utility>
@@ -144,23 +141,6 @@ rowsOf( Zel::TypeHandle type ) {
    return rows;
 }
 
-std::vector< std::string >
-typeNames() {
-   std::vector< std::string > names;
-   for ( const Zel::TypeHandle type : TestSupport::registeredTypes() ) {
-      names.emplace_back( type.name() );
-   }
-   return names;
-}
-
-std::string
-caseName( const testing::TestParamInfo< std::string >& info ) {
-   std::string name;
-   std::ranges::copy_if( info.param, std::back_inserter( name ),
-                         []( unsigned char c ) { return std::isalnum( c ) != 0; } );
-   return name;
-}
-
 class GenericFaultTest : public testing::TestWithParam< std::string > {};
 
 TEST_P( GenericFaultTest, LeavesBeforeOrAfterAndCanBeDoneAgain ) {
@@ -169,6 +149,7 @@ TEST_P( GenericFaultTest, LeavesBeforeOrAfterAndCanBeDoneAgain ) {
    }
 }
 
-INSTANTIATE_TEST_SUITE_P( Types, GenericFaultTest, testing::ValuesIn( typeNames() ), caseName );
+INSTANTIATE_TEST_SUITE_P( Types, GenericFaultTest, testing::ValuesIn( TestSupport::typeNames() ),
+                          TestSupport::typeCaseName< testing::TestParamInfo< std::string > > );
 
 }   // namespace

@@ -10,6 +10,9 @@
 // the numbers 1 and 2. The samples of an abstract type are of a class that derives from it.
 #pragma once
 
+#include <algorithm>
+#include <cctype>
+#include <iterator>
 #include <map>
 #include <span>
 #include <string>
@@ -43,6 +46,25 @@ registeredTypes() {
       }
    }
    return types;
+}
+
+inline std::vector< std::string >
+typeNames() {
+   std::vector< std::string > names;
+   for ( const Zel::TypeHandle type : registeredTypes() ) {
+      names.emplace_back( type.name() );
+   }
+   return names;
+}
+
+/// Names the cases of a suite whose parameters are type names; `Info` is what the framework passes.
+template < class Info >
+std::string
+typeCaseName( const Info& info ) {
+   std::string name;
+   std::ranges::copy_if( info.param, std::back_inserter( name ),
+                         []( unsigned char c ) { return std::isalnum( c ) || c == '_'; } );
+   return name;
 }
 
 /// The type, its base, and so on.

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <map>
 #include <set>
 #include <string>
@@ -187,24 +186,8 @@ class GenericMatrixTest :
    }
 };
 
-std::vector< std::string >
-typeNames() {
-   std::vector< std::string > names;
-   for ( const Zel::TypeHandle type : TestSupport::registeredTypes() ) {
-      names.emplace_back( type.name() );
-   }
-   return names;
-}
-
-std::string
-caseName( const testing::TestParamInfo< std::string >& type ) {
-   std::string name;
-   std::ranges::copy_if( type.param, std::back_inserter( name ),
-                         []( unsigned char c ) { return std::isalnum( c ) || c == '_'; } );
-   return name;
-}
-
-INSTANTIATE_TEST_SUITE_P( Types, GenericMatrixTest, testing::ValuesIn( typeNames() ), caseName );
+INSTANTIATE_TEST_SUITE_P( Types, GenericMatrixTest, testing::ValuesIn( TestSupport::typeNames() ),
+                          TestSupport::typeCaseName< testing::TestParamInfo< std::string > > );
 
 TEST_P( GenericMatrixTest, EveryCodeIsDoneOrRefusedAsTheKindSays ) {
    std::string expected;
@@ -223,7 +206,7 @@ TEST_P( GenericMatrixTest, EveryCodeIsDoneOrRefusedAsTheKindSays ) {
 
 // A type that is not there would not fail above.
 TEST( GenericMatrix, CoversTheTypesOfLibraryAndPlatform ) {
-   const auto names = typeNames();
+   const auto names = TestSupport::typeNames();
    EXPECT_EQ( std::ranges::count_if(
                  names, []( const std::string& name ) { return name.starts_with( "MoxVlanM" ); } ),
               10 );
