@@ -185,7 +185,7 @@ class ZEL_EXPORT VlanXlateScheduleDir : public Zel::PtrInterface {
    /// Adds the interface and notifies; silent when it waits already.
    void vlanXlateScheduleIs( Corvel::IntfId intfId );
    /// The same with an element made beforehand. Adding it cannot fail for want of memory behind
-   /// vlanXlateScheduleReserve().
+   /// vlanXlateScheduleReserve(). Requires: not null, stands in no schedule.
    void vlanXlateScheduleIs( const Zel::Ptr< ZelVlanXlateSchedule >& element );
    /// Makes room for one interface; holds until another is added.
    void vlanXlateScheduleReserve() { vlanXlateSchedule_.reserveOne(); }

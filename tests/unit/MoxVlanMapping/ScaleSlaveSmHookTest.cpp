@@ -118,6 +118,21 @@ TEST_F( ScaleSlaveSmHookTest, IngressDeleteOfUncheckedVlansIsRefusedBeforeAnythi
    EXPECT_EQ( status(), "" );
 }
 
+// A refusal would say that nothing was changed.
+TEST_F( ScaleSlaveSmHookTest, IngressDeleteFromARangeBeyondTheHighestVlanSchedulesAndIsNoRefusal ) {
+   TestSupport::store( *rangeDir_->vlanRangeEntryIs( kPort ), "4094-5000 M" );
+   try {
+      sm_->doDelIngressVlanMapping( key( 4094 ) );
+      FAIL() << "done";
+   } catch ( const Zel::RangeException& ) {
+      FAIL() << "refused";
+   } catch ( const Zel::Exception& error ) {
+      EXPECT_STREQ( error.what(), "Bridging::VlanId::value < 1 or > 4094 not allowed" );
+   }
+   EXPECT_EQ( index(), "7:  / \n" );
+   EXPECT_EQ( schedule(), "7" );
+}
+
 TEST_F( ScaleSlaveSmHookTest, IngressDeleteOfTheOutermostVlansDeletesAndSchedules ) {
    for ( const unsigned vlan : { 1u, 4094u } ) {
       ingressIs( config( vlan, 'M' ) );
