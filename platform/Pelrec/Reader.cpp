@@ -250,11 +250,13 @@ ImageFile::ImageFile( const std::string& path ) {
    const std::size_t size = plain ? static_cast< std::size_t >( status.st_size ) : 0;
    // Mapped, not copied: only in the writer's own memory is an overwritten slot noticed.
    void* memory = mmap( nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0 );
+   const int failure = memory == MAP_FAILED ? errno : 0;
    close( descriptor );
    // A text is made only when it is thrown: no memory for it may lose the mapping.
-   if ( memory == MAP_FAILED ) {
+   if ( failure != 0 ) {
       require( size != 0, path + " is empty or no plain file" );
-      require( false, "cannot map " + path );
+      throw ImageError( "Pelrec image: cannot map " + path + ": " +
+                        std::generic_category().message( failure ) );
    }
    bytes_ = { static_cast< const std::byte* >( memory ), size };
 }
