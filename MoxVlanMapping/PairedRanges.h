@@ -95,7 +95,8 @@ PairedRanges::add( Bridging::VlanId vid, Bridging::VlanXlateMapping mapping ) {
       }
       joinsLower = accepted && high.value() + 1 == vid.value();
    }
-   const bool joinsUpper = above.place == vid.value() + 1u && isVlanId( above.place ) &&
+   // No start stands above the highest VLAN id, so `above` is a VLAN id here.
+   const bool joinsUpper = above.place == vid.value() + 1u &&
                            above.place <= rangeAt( above ).value().highVid().value() &&
                            accepts( rangeAt( above ), mapping );
    // The default range's deletion is not seen to succeed.
