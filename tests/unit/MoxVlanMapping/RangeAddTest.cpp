@@ -155,6 +155,13 @@ TEST_F( RangeAddTest, UnderTheEmptyMappingAnyRangeHoldsTheIdAlready ) {
    EXPECT_EQ( ranges(), "10-12 M" );
 }
 
+TEST_F( RangeAddTest, AnIdThatIsHeldChangesNothingBesideAStartWithoutItsRange ) {
+   given( "10-20 M" );
+   entry().revSortedStartVidIs( 50, true );
+   add( 15, M );
+   EXPECT_EQ( state(), "7: 10-20 M / 50, 10\n" );
+}
+
 TEST_F( RangeAddTest, OneToOneUnderTheEmptyMappingCanBeStored ) {
    add( 1, kEmpty );
    EXPECT_EQ( state(), "7: 1-1 - / 1\n" );

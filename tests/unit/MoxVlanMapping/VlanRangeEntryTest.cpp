@@ -199,6 +199,8 @@ TEST_F( VlanRangeEntryTest, LookUpYieldsTheRangeOrTheDefault ) {
    EXPECT_EQ( rangeText( entry_->vlanIdRange( VlanId( 11 ) ) ), "1-1 -" );
    EXPECT_TRUE( entry_->revSortedStartVid( 10 ) );
    EXPECT_FALSE( entry_->revSortedStartVid( 11 ) );
+   entry_->revSortedStartVidIs( 10, false );
+   EXPECT_FALSE( entry_->revSortedStartVid( 10 ) );
 }
 
 TEST_F( VlanRangeEntryTest, TheElementOrTheNextIsFoundInTheCollectionsOwnOrder ) {

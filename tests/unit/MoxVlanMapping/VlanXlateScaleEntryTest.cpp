@@ -93,12 +93,17 @@ TEST_F( VlanXlateScaleEntryTest, DeletingByIteratorReturnsTheFlag ) {
    EXPECT_EQ( sorted(), "10-19 M" );
    EXPECT_FALSE( entry_->vidRangeSortedDel( VlanXlateScaleEntry::VidRangeSortedMap::Iterator() ) );
    EXPECT_EQ( sorted(), "10-19 M" );
+   entry_->vidRangeSortedIs( rangeOf( 10, 19, 'M' ), false );
+   EXPECT_FALSE( entry_->vidRangeSortedDel( entry_->vidRangeSorted().first() ) );
+   EXPECT_EQ( sorted(), "" );
 }
 
 TEST_F( VlanXlateScaleEntryTest, LookUpYieldsTheFlag ) {
    given( "10-19 M" );
    EXPECT_TRUE( entry_->vidRangeSorted( rangeOf( 10, 19, 'M' ) ) );
    EXPECT_FALSE( entry_->vidRangeSorted( rangeOf( 10, 19, 'N' ) ) );
+   entry_->vidRangeSortedIs( rangeOf( 10, 19, 'M' ), false );
+   EXPECT_FALSE( entry_->vidRangeSorted( rangeOf( 10, 19, 'M' ) ) );
 }
 
 TEST_F( VlanXlateScaleEntryTest, DeletingAllLeavesNone ) {

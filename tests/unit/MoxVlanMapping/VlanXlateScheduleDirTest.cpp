@@ -69,6 +69,16 @@ TEST_F( VlanXlateScheduleDirTest, AddingNotifiesOnce ) {
    EXPECT_EQ( schedule(), "7" );
 }
 
+TEST_F( VlanXlateScheduleDirTest, AddingAnElementOfAnInterfaceThatWaitsIsSilent ) {
+   dir_->vlanXlateScheduleIs( IntfId( 7 ) );
+   listener_->heard();
+   const auto element = Zel::newEntity< VlanXlateScheduleDir::ZelVlanXlateSchedule >( IntfId( 7 ) );
+   dir_->vlanXlateScheduleIs( element );
+   EXPECT_EQ( listener_->heard(), "" );
+   EXPECT_EQ( schedule(), "7" );
+   EXPECT_EQ( element->zelReferences(), 1 );
+}
+
 TEST_F( VlanXlateScheduleDirTest, DeletingAMemberNotifiesAndReturnsTrue ) {
    dir_->vlanXlateScheduleIs( IntfId( 7 ) );
    dir_->vlanXlateScheduleIs( IntfId( 8 ) );
