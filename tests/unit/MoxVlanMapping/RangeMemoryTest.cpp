@@ -1,8 +1,8 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// What add and delete leave behind when memory runs out: the index as it was. How many elements they
-// make, and what is given back.
+// What add and delete leave behind when memory runs out while somebody holds the elements that they
+// would use again: the index as it was. How many elements they make, and what is given back.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -54,20 +54,12 @@ class Exhausted {
    std::vector< Zel::Ptr< Zel::PtrInterface > > nodes_;
 };
 
-enum class Needs {
-   Nothing,
-   NewElements,
-   /// Uses the elements that it deletes, unless somebody else holds them.
-   NewElementsWhenHeld,
-};
-
 struct ShortageRow {
    const char* name;
    const char* before;
    bool add;
    unsigned vid;
    const char* after;
-   Needs needs;
 
    friend void PrintTo( const ShortageRow& row, std::ostream* out ) { *out << row.name; }
 };
@@ -109,13 +101,6 @@ class RangeShortageTable : public RangeMgrTest, public testing::WithParamInterfa
    }
 };
 
-TEST_P( RangeShortageTable, LeavesTheIndexAsItWas ) {
-   given( GetParam().before );
-   EXPECT_EQ( requestsUntilItSucceeds() > 0, GetParam().needs == Needs::NewElements );
-   entry().vlanIdRange().verify();
-   entry().revSortedStartVid().verify();
-}
-
 TEST_P( RangeShortageTable, LeavesTheIndexAsItWasWhileItsElementsAreHeld ) {
    given( GetParam().before );
    std::vector< Zel::Ptr< Zel::PtrInterface > > held;
@@ -127,27 +112,20 @@ TEST_P( RangeShortageTable, LeavesTheIndexAsItWasWhileItsElementsAreHeld ) {
    }
    const auto first = entry().vlanIdRange().first();
    const MoxVlanMapping::VlanRangeXlateMapping shown = first->value();
-   EXPECT_EQ( requestsUntilItSucceeds() > 0, GetParam().needs != Needs::Nothing );
+   EXPECT_GT( requestsUntilItSucceeds(), 0u );
    EXPECT_EQ( first->value(), shown ) << "changed under the one who holds it";
 }
 
 INSTANTIATE_TEST_SUITE_P(
    Cases, RangeShortageTable,
-   testing::Values( ShortageRow{ "Merge", "10-12 M, 14-20 M", true, 13, "7: 10-20 M / 10\n",
-                                 Needs::NewElementsWhenHeld },
-                    ShortageRow{ "FrontExtension", "10-20 M", true, 9, "7: 9-20 M / 9\n",
-                                 Needs::NewElementsWhenHeld },
-                    ShortageRow{ "BackExtension", "10-20 M", true, 21, "7: 10-21 M / 10\n",
-                                 Needs::NewElementsWhenHeld },
-                    ShortageRow{ "NewRange", "10-20 M", true, 30, "7: 10-20 M, 30-30 M / 30, 10\n",
-                                 Needs::NewElements },
-                    ShortageRow{ "OnlyId", "5-5 M", false, 5, "7:  / \n", Needs::Nothing },
-                    ShortageRow{ "LowestId", "10-20 M", false, 10, "7: 11-20 M / 11\n",
-                                 Needs::NewElementsWhenHeld },
-                    ShortageRow{ "HighestId", "10-20 M", false, 20, "7: 10-19 M / 10\n",
-                                 Needs::NewElementsWhenHeld },
-                    ShortageRow{ "Split", "10-20 M", false, 15, "7: 10-14 M, 16-20 M / 16, 10\n",
-                                 Needs::NewElements } ),
+   testing::Values(
+      ShortageRow{ "Merge", "10-12 M, 14-20 M", true, 13, "7: 10-20 M / 10\n" },
+      ShortageRow{ "FrontExtension", "10-20 M", true, 9, "7: 9-20 M / 9\n" },
+      ShortageRow{ "BackExtension", "10-20 M", true, 21, "7: 10-21 M / 10\n" },
+      ShortageRow{ "NewRange", "10-20 M", true, 30, "7: 10-20 M, 30-30 M / 30, 10\n" },
+      ShortageRow{ "LowestId", "10-20 M", false, 10, "7: 11-20 M / 11\n" },
+      ShortageRow{ "HighestId", "10-20 M", false, 20, "7: 10-19 M / 10\n" },
+      ShortageRow{ "Split", "10-20 M", false, 15, "7: 10-14 M, 16-20 M / 16, 10\n" } ),
    []( const auto& row ) { return std::string( row.param.name ); } );
 
 struct MadeRow {
