@@ -21,10 +21,10 @@
 
 #include "MoxVlanMapping/MoxVlanRangeMappingCodef.h"
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
-#include "Quen/TaskScheduler.h"
 #include "Zel/Clock.h"
 #include "Zel/NewEntity.h"
 #include "tests/model/RangeScript.h"
+#include "tests/support/Chain.h"
 #include "tests/support/ModelRun.h"
 
 namespace {
@@ -303,7 +303,7 @@ class HostileCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
    ~HostileCodef() override { zelDoZombieReactors( true ); }
 };
 
-class Real {
+class Real : TestSupport::Chain {
  public:
    std::string log;
 
@@ -424,12 +424,6 @@ class Real {
       }
    }
 
-   const Zel::Ptr< Zel::ManualClock > clock_ = Zel::manualClockFactory();
-   const Zel::Ptr< Quen::TaskScheduler > scheduler_ = Quen::taskSchedulerFactory( clock_ );
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > rangeDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    const Zel::Ptr< MoxVlanMapping::MoxVlanRangeMgr > mgr_ =
       MoxVlanMapping::moxVlanRangeMgrFactory( rangeDir_ );
    Zel::Ptr< HostileCodef > codef_;

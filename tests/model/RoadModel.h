@@ -15,14 +15,13 @@
 #include <string>
 #include <utility>
 
-#include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/MoxVlanMappingScaleSlaveSm.h"
 #include "MoxVlanMapping/MoxVlanRangeMappingCodef.h"
-#include "Quen/TaskScheduler.h"
 #include "Zel/Clock.h"
 #include "Zel/Exception.h"
 #include "Zel/NewEntity.h"
 #include "tests/model/RangeScript.h"
+#include "tests/support/Chain.h"
 #include "tests/support/ModelRun.h"
 
 namespace RoadModel {
@@ -175,7 +174,7 @@ class TickingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
    ~TickingCodef() override { zelDoZombieReactors( true ); }
 };
 
-class Real {
+class Real : TestSupport::Chain {
  public:
    Real() { codef_->clock = clock_; }
 
@@ -281,13 +280,6 @@ class Real {
       }
    }
 
-   const Zel::Ptr< Zel::ManualClock > clock_ = Zel::manualClockFactory();
-   const Zel::Ptr< Quen::TaskScheduler > scheduler_ = Quen::taskSchedulerFactory( clock_ );
-   const Zel::Ptr< Mox::MoxCommonSmData > acsd_ = Mox::moxCommonSmDataFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > rangeDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    const Zel::Ptr< MoxVlanMapping::VlanMappingScaleSlaveSm > sm_ =
       MoxVlanMapping::vlanMappingScaleSlaveSmFactory( acsd_, clock_, nullptr, nullptr, rangeDir_,
                                                       scheduleDir_ );

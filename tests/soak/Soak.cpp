@@ -29,14 +29,13 @@
 #include <string>
 #include <vector>
 
-#include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/MoxVlanMappingScaleSlaveSm.h"
 #include "MoxVlanMapping/MoxVlanRangeMappingCodef.h"
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
-#include "Quen/TaskScheduler.h"
 #include "Zel/AllocationTracker.h"
 #include "Zel/Clock.h"
 #include "Zel/NewEntity.h"
+#include "tests/support/Chain.h"
 #include "tests/support/TestSeed.h"
 
 namespace {
@@ -147,7 +146,7 @@ class CountingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
    static constexpr Zel::Seconds kSecondsAnInterface = 0.4 * Quen::Task::kDefaultQuantum;
 };
 
-class Soak {
+class Soak : TestSupport::Chain {
  public:
    Soak() {
       codef_->clock = clock_;
@@ -375,13 +374,6 @@ class Soak {
    }
 
    std::mt19937_64 engine_{ TestSupport::testSeed() };
-   const Zel::Ptr< Zel::ManualClock > clock_ = Zel::manualClockFactory();
-   const Zel::Ptr< Quen::TaskScheduler > scheduler_ = Quen::taskSchedulerFactory( clock_ );
-   const Zel::Ptr< Mox::MoxCommonSmData > acsd_ = Mox::moxCommonSmDataFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > rangeDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    const Zel::Ptr< MoxVlanMapping::VlanMappingScaleSlaveSm > sm_ =
       MoxVlanMapping::vlanMappingScaleSlaveSmFactory( acsd_, clock_, nullptr, nullptr, rangeDir_,
                                                       scheduleDir_ );

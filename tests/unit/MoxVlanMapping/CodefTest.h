@@ -12,12 +12,10 @@
 #include <string>
 #include <utility>
 
-#include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/MoxVlanRangeMappingCodef.h"
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
-#include "Quen/TaskScheduler.h"
-#include "Zel/Clock.h"
 #include "Zel/NewEntity.h"
+#include "tests/support/Chain.h"
 #include "tests/support/NoneLeftTest.h"
 #include "tests/support/RangeText.h"
 
@@ -63,7 +61,7 @@ class RecordingCodef : public MoxVlanMapping::MoxVlanRangeMappingCodef {
    std::shared_ptr< std::function< void() > > complete_;
 };
 
-class CodefTest : public TestSupport::NoneLeftTest {
+class CodefTest : public TestSupport::NoneLeftTest, protected TestSupport::Chain {
  protected:
    using Codef = MoxVlanMapping::MoxVlanRangeMappingCodef;
 
@@ -116,13 +114,6 @@ class CodefTest : public TestSupport::NoneLeftTest {
              std::to_string( task->taskWorkPending() ) + ( task->scheduled() ? ", scheduled" : "" );
    }
 
-   const Zel::Ptr< Zel::ManualClock > clock_ = Zel::manualClockFactory();
-   const Zel::Ptr< Quen::TaskScheduler > scheduler_ = Quen::taskSchedulerFactory( clock_ );
-   const Zel::Ptr< Mox::MoxCommonSmData > acsd_ = Mox::moxCommonSmDataFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > rangeDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    const Zel::Ptr< MoxVlanMapping::MoxVlanRangeMgr > mgr_ =
       MoxVlanMapping::moxVlanRangeMgrFactory( rangeDir_ );
    Zel::Ptr< RecordingCodef > codef_ = newCodef();

@@ -58,7 +58,7 @@ CountingCodef::fwkType() const {
    return Zel::typeIn( kModule, zelTypeName );
 }
 
-class GenericCodefTest : public GenericAccess {
+class GenericCodefTest : public GenericAccess, protected TestSupport::Chain {
  protected:
    using Codef = MoxVlanMapping::MoxVlanRangeMappingCodef;
 
@@ -71,13 +71,6 @@ class GenericCodefTest : public GenericAccess {
       return TestSupport::interfacesText( scheduleDir_->vlanXlateSchedule() );
    }
 
-   const Zel::Ptr< Zel::ManualClock > clock_ = Zel::manualClockFactory();
-   const Zel::Ptr< Quen::TaskScheduler > scheduler_ = Quen::taskSchedulerFactory( clock_ );
-   const Zel::Ptr< Mox::MoxCommonSmData > acsd_ = Mox::moxCommonSmDataFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > rangeDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    const Zel::Ptr< RecordingCodef > recording_ =
       Zel::newEntity< RecordingCodef >( acsd_, scheduler_, rangeDir_, scheduleDir_ );
 };

@@ -6,13 +6,12 @@
 
 #include <string>
 
-#include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/MoxVlanMappingScaleSlaveSm.h"
-#include "Zel/Clock.h"
+#include "tests/support/Chain.h"
 #include "tests/support/NoneLeftTest.h"
 #include "tests/support/RangeText.h"
 
-class ScaleSlaveSmTest : public TestSupport::NoneLeftTest {
+class ScaleSlaveSmTest : public TestSupport::NoneLeftTest, protected TestSupport::Chain {
  protected:
    using Sm = MoxVlanMapping::VlanMappingScaleSlaveSm;
    static constexpr Corvel::IntfId kPort{ 7 };
@@ -57,14 +56,8 @@ class ScaleSlaveSmTest : public TestSupport::NoneLeftTest {
       return all;
    }
 
-   const Zel::Ptr< Mox::MoxCommonSmData > acsd_ = Mox::moxCommonSmDataFactory();
-   const Zel::Ptr< Zel::ManualClock > clock_ = Zel::manualClockFactory();
    const Zel::Ptr< Bridging::Config > bridgingConfig_ = Bridging::configFactory();
    const Zel::Ptr< Bridging::VlanXlateStatusDir > vlanXlateStatusDir_ =
       Bridging::vlanXlateStatusDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > rangeDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    Zel::Ptr< Sm > sm_ = newSm();
 };

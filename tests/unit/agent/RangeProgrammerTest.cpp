@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
-#include "Zel/Clock.h"
 #include "Zel/NewEntity.h"
 #include "agent/MemoryDataPlane.h"
+#include "tests/support/Chain.h"
 #include "tests/support/NoneLeftTest.h"
 #include "tests/unit/agent/ProgramText.h"
 
@@ -38,7 +38,7 @@ class FailingDataPlane : public MemoryDataPlane {
    bool fails = false;
 };
 
-class RangeProgrammerTest : public TestSupport::NoneLeftTest {
+class RangeProgrammerTest : public TestSupport::NoneLeftTest, protected TestSupport::Chain {
  protected:
    void add( unsigned low, unsigned high, std::uint16_t relay ) {
       for ( unsigned vlan = low; vlan <= high; ++vlan ) {
@@ -56,17 +56,10 @@ class RangeProgrammerTest : public TestSupport::NoneLeftTest {
    }
 
    FailingDataPlane plane_{ 2 };
-   const Zel::Ptr< Mox::MoxCommonSmData > acsd_ = Mox::moxCommonSmDataFactory();
-   const Zel::Ptr< const Zel::Clock > clock_ = Zel::steadyClockFactory();
-   const Zel::Ptr< Quen::TaskScheduler > scheduler_ = Quen::taskSchedulerFactory( clock_ );
-   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > entryDir_ =
-      MoxVlanMapping::vlanRangeEntryDirFactory();
-   const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > scheduleDir_ =
-      MoxVlanMapping::vlanXlateScheduleDirFactory();
    const Zel::Ptr< MoxVlanMapping::MoxVlanRangeMgr > mgr_ =
-      MoxVlanMapping::moxVlanRangeMgrFactory( entryDir_ );
+      MoxVlanMapping::moxVlanRangeMgrFactory( rangeDir_ );
    const Zel::Ptr< RangeProgrammer > programmer_ =
-      Zel::newEntity< RangeProgrammer >( acsd_, scheduler_, entryDir_, scheduleDir_, plane_ );
+      Zel::newEntity< RangeProgrammer >( acsd_, scheduler_, rangeDir_, scheduleDir_, plane_ );
 };
 
 TEST_F( RangeProgrammerTest, givesTheLargestRangesTheRangeEntriesAndTheOthersExactOnes ) {
