@@ -18,7 +18,7 @@ set( CMAKE_CXX_COMPILER ${compiler}-g++ )
 set( CMAKE_LIBRARY_ARCHITECTURE ${triplet} )
 
 cmake_path( SET sysroot NORMALIZE "${CMAKE_CURRENT_LIST_DIR}/../build/sysroot/${MOX_FOREIGN}" )
-set( libraries "${sysroot}/lib/${triplet}:${sysroot}/usr/lib/${triplet}" )
+set( libraries "${sysroot}/usr/lib/${triplet}" )
 set( CMAKE_FIND_ROOT_PATH "${sysroot}" )
 foreach( kind IN ITEMS LIBRARY INCLUDE PACKAGE )
    set( CMAKE_FIND_ROOT_PATH_MODE_${kind} ONLY )

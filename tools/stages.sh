@@ -25,6 +25,17 @@ stage() {
    fi
 }
 
+# requirePresets PRESET...: ends the script unless CMakePresets.json has a build of each.
+requirePresets() {
+   local preset
+   for preset in "$@"; do
+      if ! grep -qF "\"configurePreset\": \"$preset\"" CMakePresets.json; then
+         echo "${0##*/}: no preset \"$preset\" to build in CMakePresets.json" >&2
+         exit 2
+      fi
+   done
+}
+
 # configureAndBuild PRESET [TARGET...]
 configureAndBuild() {
    local preset=$1
