@@ -85,6 +85,16 @@ function( mox_launcher target variable )
    set( ${variable} "${launcher}" PARENT_SCOPE )
 endfunction()
 
+# mox_emulated_seconds( <seconds> <variable> )
+#
+# A time limit with, for another processor, about what emulation costs.
+function( mox_emulated_seconds seconds variable )
+   if( CMAKE_CROSSCOMPILING_EMULATOR )
+      math( EXPR seconds "10 * ${seconds}" )
+   endif()
+   set( ${variable} ${seconds} PARENT_SCOPE )
+endfunction()
+
 # mox_add_test( <target> SOURCES <file>... [LINK <target>...] [TIMEOUT <seconds>]
 #               [LABELS <label>...] )
 #
@@ -114,8 +124,8 @@ function( mox_add_test target )
       mox_launcher( ${target} launcher )
       set_target_properties( ${target} PROPERTIES
          CROSSCOMPILING_EMULATOR "${CMAKE_CROSSCOMPILING_EMULATOR};-0;${launcher}" )
-      math( EXPR arg_TIMEOUT "10 * ${arg_TIMEOUT}" )   # about what emulation costs
    endif()
+   mox_emulated_seconds( ${arg_TIMEOUT} arg_TIMEOUT )
    target_link_libraries( ${target} PRIVATE ${arg_LINK} GTest::gmock_main )
    # Found when ctest starts, so a build runs no test program.
    gtest_discover_tests( ${target}
