@@ -12,7 +12,7 @@
 namespace TestSupport {
 namespace {
 
-// Threads of other tests ask for memory, too; a hook is for one thread.
+// Counted in every thread. The hook is not guarded: while one is set, no other thread may run.
 std::atomic< std::uint64_t > requests = 0;
 std::atomic< std::int64_t > blocks = 0;
 std::function< void() > hook;

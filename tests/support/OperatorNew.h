@@ -3,8 +3,8 @@
 //
 // OperatorNew: lets a test watch and refuse the requests for memory of its own process.
 //
-// OperatorNew.cpp replaces the global operator new; it is a source of the test program that
-// wants it. Threads: one.
+// OperatorNew.cpp replaces the global operator new and delete of the program that it is a source
+// of. Threads: requests and blocks count in all; while there is a hook, only one may run.
 #pragma once
 
 #include <cstdint>
