@@ -68,9 +68,6 @@ class RbTreeMap {
          if ( node->key() == key ) {
             return node;
          }
-         if constexpr ( !HasTwins< Key > ) {
-            break;
-         }
       }
       return nullptr;
    }

@@ -181,6 +181,12 @@ TEST_F( KeyIndexTest, AroundTellsTheNearestPlacesAcrossPages ) {
    EXPECT_EQ( around( 65535 ), "65535 -" );
 }
 
+TEST_F( KeyIndexTest, TheNextPlaceIsFoundInTheFirstPageBehind4095 ) {
+   insertMany( 0 );
+   insertPair( 4097 );
+   EXPECT_EQ( text( index_.atOrAbove( KeyIndex::kFirst, 4000 ) ), "4097" );
+}
+
 TEST_F( KeyIndexTest, AMovedPairStandsAtItsNewPlace ) {
    for ( const bool many : { false, true } ) {
       if ( many ) {

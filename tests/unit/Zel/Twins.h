@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Zel/NewEntity.h"
 #include "Zel/RbTreeMap.h"
@@ -24,16 +25,23 @@ class TwinNode : public Zel::RbTreeNode< Twin > {
  public:
    static constexpr char zelTypeName[] = "TestCollections::TwinNode";
    const Twin& key() const { return key_; }
+   void keyIs( const Twin& key ) { key_ = key; }
 
  protected:
    explicit TwinNode( Twin key ) : key_( key ) {}
 
  private:
-   const Twin key_;
+   Twin key_;
 };
 
 struct TwinMap : Zel::RbTreeMap< TwinNode > {
    void add( Twin key ) { insert( Zel::newEntity< TwinNode >( key ) ); }
+   void fill( const std::vector< Twin >& keys ) {
+      std::vector< TwinNode* > nodes;
+      refill(
+         keys, nodes, [] { return Zel::newEntity< TwinNode >( Twin() ); },
+         []( TwinNode& node, const Twin& key ) { node.keyIs( key ); } );
+   }
 
    static std::string name( Twin key ) { return std::to_string( key.number ) + key.tag; }
    /// "3z 5b 5a"
