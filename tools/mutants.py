@@ -100,6 +100,8 @@ def swaps(source, toks):
         blanks = source[tok.begin - 1].isspace() and source[tok.end:tok.end + 1].isspace()
         if toks[i - 1].text == "operator" or i in brackets or (tok.text in BINARY and not blanks):
             continue
+        if tok.text == "~" and toks[i - 1].text in ("{", "}", ";", ":", "::", "virtual"):
+            continue   # a destructor's name
         if tok.kind == "number":
             digits = tok.text.rstrip("uUlL")
             yield tok.begin, tok.end, str(int(digits, 0) + 1) + tok.text[len(digits):]

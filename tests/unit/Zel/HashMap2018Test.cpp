@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/NoneLeftTest.h"
+#include "tests/support/OperatorNew.h"
 #include "tests/unit/Zel/Collections.h"
 
 namespace {
@@ -21,6 +22,23 @@ using TestCollections::Hashed;
 class Member : public Zel::HashSetNode< std::uint64_t > {
  public:
    static constexpr char zelTypeName[] = "HashMap2018Test::Member";
+
+ protected:
+   using HashSetNode::HashSetNode;
+};
+
+struct Alike {
+   int number = 0;
+   friend bool operator==( Alike, Alike ) = default;
+};
+std::uint32_t
+zelHash( Alike, std::uint32_t ) {
+   return 7;
+}
+
+class AlikeMember : public Zel::HashSetNode< Alike > {
+ public:
+   static constexpr char zelTypeName[] = "HashMap2018Test::AlikeMember";
 
  protected:
    using HashSetNode::HashSetNode;
@@ -52,6 +70,37 @@ TEST_F( HashMap2018Test, IsEmptyAtFirst ) {
    EXPECT_FALSE( map_.contains( 1 ) );
    EXPECT_FALSE( map_.del( 1u ) );
    map_.verify();
+}
+
+// A look-up tries it first; it would find all the same without.
+TEST_F( HashMap2018Test, TheFollowerIsTheNodeBehindOrNone ) {
+   Zel::HashTable table( 1 );
+   const auto first = Zel::newEntity< Member >( 10u );
+   const auto second = Zel::newEntity< Member >( 20u );
+   table.link( first, 10 );
+   table.link( second, 20 );
+   EXPECT_EQ( table.follower( *first ), second.get() );
+   EXPECT_EQ( table.follower( *second ), nullptr );
+   table.clear();
+}
+
+TEST_F( HashMap2018Test, KeysOfOneHashAreToldApart ) {
+   Zel::HashMap2018< AlikeMember, 1 > set;
+   set.insert( Zel::newEntity< AlikeMember >( Alike{ 10 } ) );
+   EXPECT_FALSE( set.contains( { 20 } ) );
+   set.insert( Zel::newEntity< AlikeMember >( Alike{ 20 } ) );
+   EXPECT_EQ( set.findNode( { 10 } )->key().number, 10 );
+   EXPECT_EQ( set.findNode( { 20 } )->key().number, 20 );
+   set.verify();
+}
+
+TEST_F( HashMap2018Test, AnInsertionBehindItsReservationAsksForNoMemory ) {
+   Set set;
+   const auto member = Zel::newEntity< Member >( 77u );
+   set.reserveOne();
+   const std::uint64_t before = TestSupport::newRequests();
+   set.insert( member );
+   EXPECT_EQ( TestSupport::newRequests(), before );
 }
 
 TEST_F( HashMap2018Test, ItsSeedIsTheProcesssXoredWithItsConstant ) {
