@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Zel/Exception.h"
+#include "Zel/FirstException.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Trace.h"
 
@@ -41,13 +42,13 @@ class ScheduleMark {
    Zel::Ptr< VlanXlateScheduleDir::ZelVlanXlateSchedule > element_;   // null: it waits already
 };
 
-// To the base class a range exception says that the hook changed nothing, so none may come from a
-// reactor behind the change.
-template < class Notify >
+// To the base class a range exception says that the hook changed nothing, so none may come from
+// where something may have changed.
+template < class Act >
 void
-notifyBehindChange( const Notify& notify ) {
+withoutRefusal( const Act& act ) {
    try {
-      notify();
+      act();
    } catch ( const Zel::RangeException& error ) {
       throw Zel::Exception( error.what() );
    }
@@ -140,7 +141,7 @@ VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
    mgr->addVlanToIdx( pvKey.intfId(), pvKey.vlanId(), config.mapping() );
-   notifyBehindChange( [ & ] { mark.set(); } );
+   withoutRefusal( [ & ] { mark.set(); } );
 }
 
 void
@@ -149,14 +150,16 @@ VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    const Bridging::VlanId vlanId( pvKey.vlanId().value() );
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
-   try {
-      mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
-   } catch ( const Zel::RangeException& error ) {
-      // Ranges that were written by hand with ids out of range: some may have gone already.
-      mark.set();
-      throw Zel::Exception( error.what() );
-   }
-   notifyBehindChange( [ & ] { mark.set(); } );
+   withoutRefusal( [ & ] {
+      Zel::FirstException failed;
+      try {
+         mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
+      } catch ( const Zel::RangeException& ) {
+         failed.keep();   // ranges stored by hand with ids out of range: one may have gone already
+      }
+      failed.run( [ & ] { mark.set(); } );
+      failed.throwOn();
+   } );
 }
 
 void
@@ -170,14 +173,14 @@ VlanMappingScaleSlaveSm::doAddEgressVlanMapping( const Mox::PortVlanKey& pvKey )
    const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
    const Mox::MoxVlanMappingStatus record( config.key(), config.mapping(), config.inLag(),
                                            /* xlateUntagged */ false, config.origin() );
-   notifyBehindChange( [ & ] { status->statusIs( record ); } );
+   withoutRefusal( [ & ] { status->statusIs( record ); } );
 }
 
 void
 VlanMappingScaleSlaveSm::doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey ) {
    ZEL_TRACE( trace, kHooks, __LINE__, "doDelEgressVlanMapping", " pvKey: ", pvKey );
    const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
-   notifyBehindChange( [ & ] { status->statusDel( pvKey ); } );
+   withoutRefusal( [ & ] { status->statusDel( pvKey ); } );
 }
 
 Zel::Ptr< VlanMappingScaleSlaveSm >

@@ -10,7 +10,9 @@
 // Ownership   Holds the two directories, the range manager, and what the base class holds.
 // Throws      Zel::RangeException for ids out of range, and from the ingress hooks Zel::Exception
 //             when there is no manager, before anything is changed; std::bad_alloc with nothing
-//             changed; what a reactor throws, behind the change, a range exception as Zel::Exception.
+//             changed; what a reactor throws, behind the change, a range exception as Zel::Exception;
+//             Zel::Exception from a deletion that meets a range or start stored by hand with an id out
+//             of range, of which some may have gone, with the interface marked.
 // Threads     One thread, no locks.
 // Trace       "MoxVlanMappingScaleSm", level 5.
 #pragma once

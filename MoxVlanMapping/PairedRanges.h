@@ -95,7 +95,7 @@ PairedRanges::add( Bridging::VlanId vid, Bridging::VlanXlateMapping mapping ) {
       }
       joinsLower = accepted && high.value() + 1 == vid.value();
    }
-   // No start stands above the highest VLAN id, so `above` is a VLAN id here.
+   // Each place carries a start, and none is above the highest VLAN id: `above` is one here.
    const bool joinsUpper = above.place == vid.value() + 1u &&
                            above.place <= rangeAt( above ).value().highVid().value() &&
                            accepts( rangeAt( above ), mapping );

@@ -10,6 +10,7 @@
 
 #include "Zel/Exception.h"
 #include "Zel/TypeTable.h"
+#include "tests/support/Chain.h"
 #include "tests/unit/MoxVlanMapping/CodefTest.h"
 
 namespace {

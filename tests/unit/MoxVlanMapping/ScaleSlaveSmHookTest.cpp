@@ -48,6 +48,18 @@ class ScaleSlaveSmHookTest : public ScaleSlaveSmTest {
       }
       return "";
    }
+   /// The text of an exception that is no refusal.
+   template < class Act >
+   static std::string failure( Act act ) {
+      try {
+         act();
+      } catch ( const Zel::RangeException& error ) {
+         return std::string( "refused: " ) + error.what();
+      } catch ( const Zel::Exception& error ) {
+         return error.what();
+      }
+      return "";
+   }
 };
 
 TEST_F( ScaleSlaveSmHookTest, IngressAddPutsTheConfiguredMappingIntoTheIndex ) {
@@ -121,15 +133,26 @@ TEST_F( ScaleSlaveSmHookTest, IngressDeleteOfUncheckedVlansIsRefusedBeforeAnythi
 // A refusal would say that nothing was changed.
 TEST_F( ScaleSlaveSmHookTest, IngressDeleteFromARangeBeyondTheHighestVlanSchedulesAndIsNoRefusal ) {
    TestSupport::store( *rangeDir_->vlanRangeEntryIs( kPort ), "4094-5000 M" );
-   try {
-      sm_->doDelIngressVlanMapping( key( 4094 ) );
-      FAIL() << "done";
-   } catch ( const Zel::RangeException& ) {
-      FAIL() << "refused";
-   } catch ( const Zel::Exception& error ) {
-      EXPECT_STREQ( error.what(), "Bridging::VlanId::value < 1 or > 4094 not allowed" );
-   }
+   EXPECT_EQ( failure( [ & ] { sm_->doDelIngressVlanMapping( key( 4094 ) ); } ),
+              "Bridging::VlanId::value < 1 or > 4094 not allowed" );
    EXPECT_EQ( index(), "7:  / \n" );
+   EXPECT_EQ( schedule(), "7" );
+}
+
+TEST_F( ScaleSlaveSmHookTest, IngressDeleteBesideAStartOf0ChangesNothingAndIsNoRefusal ) {
+   rangeDir_->vlanRangeEntryIs( kPort )->revSortedStartVidIs( 0, true );
+   EXPECT_EQ( failure( [ & ] { sm_->doDelIngressVlanMapping( key( 1 ) ); } ),
+              "Bridging::VlanId::value < 1 or > 4094 not allowed" );
+   EXPECT_EQ( index(), "7:  / 0\n" );
+   EXPECT_EQ( schedule(), "7" );
+}
+
+TEST_F( ScaleSlaveSmHookTest, ARefusingReactorDoesNotHideWhatStoppedTheDeletion ) {
+   TestSupport::store( *rangeDir_->vlanRangeEntryIs( kPort ), "4094-5000 M" );
+   const auto listener = Zel::newEntity< ScheduleListener >(
+      scheduleDir_, [] { Zel::throwRangeException( "reactor" ); } );
+   EXPECT_EQ( failure( [ & ] { sm_->doDelIngressVlanMapping( key( 4094 ) ); } ),
+              "Bridging::VlanId::value < 1 or > 4094 not allowed" );
    EXPECT_EQ( schedule(), "7" );
 }
 

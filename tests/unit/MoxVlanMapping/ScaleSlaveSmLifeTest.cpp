@@ -136,6 +136,16 @@ TEST_F( ScaleSlaveSmLifeTest, AChangedMappingMovesItsVlanBetweenRanges ) {
    EXPECT_EQ( index(), "7: 10-19 M / 10\n" );
 }
 
+TEST_F( ScaleSlaveSmLifeTest, ADeletionThatStopsHalfWayIsBroughtToItsEnd ) {
+   sm_->handleInitialized();
+   ingressIs( config( 4094, 'M' ) );
+   rangeDir_->vlanRangeEntry( kPort )->vlanIdRangeIs( TestSupport::rangeOf( 4094, 5000, 'M' ) );
+   EXPECT_THROW( acsd_->ingressConfigDir()->configDel( key( 4094 ) ), Zel::Exception );
+   EXPECT_EQ( index(), "7:  / \n" );
+   sm_->handleInitialized();
+   EXPECT_EQ( index(), "7:  / \n" );
+}
+
 TEST_F( ScaleSlaveSmLifeTest, AnUnchangedMappingDoesNotSchedule ) {
    sm_->handleInitialized();
    ingressIs( config( 10, 'M' ) );

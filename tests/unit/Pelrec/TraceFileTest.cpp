@@ -195,6 +195,16 @@ TEST_F( ImageFileTest, RefusesAFolder ) {
    EXPECT_EQ( refusal( "trace" ), "Pelrec image: trace is empty or no plain file" );
 }
 
+// What the kernel shows here is a plain file to everybody who asks, but cannot be mapped.
+TEST_F( ImageFileTest, RefusesAFileThatCannotBeMapped ) {
+   const std::filesystem::path shown = "/sys/devices/system/cpu/online";
+   if ( !std::filesystem::exists( shown ) ) {
+      GTEST_SKIP() << "no " << shown;
+   }
+   std::filesystem::create_symlink( shown, path( "trace" ) );
+   EXPECT_EQ( refusal( "trace" ), "Pelrec image: cannot map trace: No such device" );
+}
+
 TEST_F( ImageFileTest, RefusesAnEmptyFile ) {
    std::ofstream( path( "trace" ) ).close();
    EXPECT_EQ( refusal( "trace" ), "Pelrec image: trace is empty or no plain file" );
