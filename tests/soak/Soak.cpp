@@ -53,7 +53,7 @@ constexpr std::int64_t kGrowthAllowed = 1 << 20;
 /// Translated VLAN by VLAN id; 0: not configured.
 using PortArray = std::array< std::uint16_t, kHighest + 1 >;
 
-// The sum of what is mapped: the short counters of the kernel lag behind by some pages a processor.
+// The sum of what is mapped: /proc/self/statm lags behind by some pages a processor.
 std::int64_t
 residentBytes() {
    std::ifstream mapped( "/proc/self/smaps_rollup" );
@@ -168,7 +168,7 @@ class Soak : TestSupport::Chain {
       warmedUp_ = peak_ = residentBytes();
    }
 
-   /// A round: some thousand writes in bursts, with runs of the task in between.
+   /// A round: some thirty thousand writes in bursts, with runs of the task in between.
    void churn() {
       for ( int burst = 0; burst < 400; ++burst ) {
          burstOfWrites();

@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Chain: base of a fixture that needs what state machine and codef work on, from configuration to
-// schedule, with a task scheduler whose clock is turned by hand.
+// schedule, with a task scheduler whose clock is turned by hand. Stands behind NoneLeftTest among
+// the bases: what it holds is gone when that looks.
 #pragma once
 
 #include "Mox/MoxCommonSmData.h"
