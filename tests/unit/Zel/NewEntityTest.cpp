@@ -54,17 +54,6 @@ class Throwing : public Zel::PtrInterface {
    }
 };
 
-class ThrowingMaybe : public Zel::PtrInterface {
- public:
-   static constexpr char zelTypeName[] = "NewEntityTest::ThrowingMaybe";
-   ThrowingMaybe( bool doThrow, const void*& place ) {
-      place = this;
-      if ( doThrow ) {
-         throw std::runtime_error( "no" );
-      }
-   }
-};
-
 class NewEntityTest : public TestSupport::NoneLeftTest {
  protected:
    static std::string counts( const char* typeName ) {
@@ -152,6 +141,17 @@ TEST_F( NewEntityTest, RecordsOfOneNameAreAddedUp ) {
 // unseen; there is no reuse to test then.
 #if !defined( MOX_ADDRESS_SANITIZER ) && !defined( MOX_THREAD_SANITIZER ) &&                       \
    !defined( ZEL_SLAB_BYPASSED )
+class ThrowingMaybe : public Zel::PtrInterface {
+ public:
+   static constexpr char zelTypeName[] = "NewEntityTest::ThrowingMaybe";
+   ThrowingMaybe( bool doThrow, const void*& place ) {
+      place = this;
+      if ( doThrow ) {
+         throw std::runtime_error( "no" );
+      }
+   }
+};
+
 using SlabTest = TestSupport::NoneLeftTest;
 
 TEST_F( SlabTest, TheCellReleasedLastIsHandedOutNext ) {
