@@ -272,6 +272,19 @@ TEST_F( ScaleSlaveSmHookTest, AManagerDroppedDuringTheCallFinishesIt ) {
    EXPECT_EQ( schedule(), "7" );
 }
 
+TEST_F( ScaleSlaveSmHookTest, AnInterfaceUnscheduledDuringTheCallIsScheduledBehindIt ) {
+   ingressIs( config( 100, 'M' ) );
+   scheduleDir_->vlanXlateScheduleIs( kPort );
+   Zel::traceSinkIs(
+      [ this ]( const Zel::TraceLine& ) { scheduleDir_->vlanXlateScheduleDel( kPort ); } );
+   Zel::traceLevelsIs( "MoxVlanRangeMgr/*" );
+   sm_->doAddIngressVlanMapping( key( 100 ) );
+   Zel::traceLevelsIs( "MoxVlanRangeMgr/" );
+   Zel::traceSinkIs( {} );
+   EXPECT_EQ( index(), "7: 100-100 M / 100\n" );
+   EXPECT_EQ( schedule(), "7" );
+}
+
 TEST_F( ScaleSlaveSmHookTest, AStateMachineDroppedByAScheduleReactorIsNotTouchedAgain ) {
    const auto listener =
       Zel::newEntity< ScheduleListener >( scheduleDir_, [ this ] { sm_ = nullptr; } );
