@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "Zel/Exception.h"
-#include "Zel/FirstException.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Trace.h"
 
@@ -42,18 +41,6 @@ class ScheduleMark {
    Zel::Ptr< VlanXlateScheduleDir::ZelVlanXlateSchedule > element_;   // null: it waits already
 };
 
-// To the base class a range exception says that the hook changed nothing, so none may come from
-// where something may have changed.
-template < class Act >
-void
-withoutRefusal( const Act& act ) {
-   try {
-      act();
-   } catch ( const Zel::RangeException& error ) {
-      throw Zel::Exception( error.what() );
-   }
-}
-
 }   // namespace
 
 VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSm(
@@ -64,7 +51,9 @@ VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSm(
    const Zel::Ptr< VlanXlateScheduleDir >& vlanXlateScheduleDir )
     : VlanMappingSlaveSm( acsd, clock, bridgingConfig, vlanXlateStatusDir ),
       vlanRangeEntryDir_( vlanRangeEntryDir ),
-      vlanXlateScheduleDir_( vlanXlateScheduleDir ) {}
+      vlanXlateScheduleDir_( vlanXlateScheduleDir ) {
+   ingressIndexIs( &rangeIndex_ );
+}
 
 VlanMappingScaleSlaveSm::~VlanMappingScaleSlaveSm() {
    zelDoZombieReactors( true );
@@ -141,7 +130,7 @@ VlanMappingScaleSlaveSm::doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
    mgr->addVlanToIdx( pvKey.intfId(), pvKey.vlanId(), config.mapping() );
-   withoutRefusal( [ & ] { mark.set(); } );
+   mark.set();
 }
 
 void
@@ -150,16 +139,42 @@ VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey 
    const Bridging::VlanId vlanId( pvKey.vlanId().value() );
    const Zel::Ptr< MoxVlanRangeMgr > mgr = presentManager();
    const ScheduleMark mark( vlanXlateScheduleDir_, pvKey.intfId() );
-   withoutRefusal( [ & ] {
-      Zel::FirstException failed;
-      try {
-         mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
-      } catch ( const Zel::RangeException& ) {
-         failed.keep();   // ranges stored by hand with ids out of range: one may have gone already
-      }
-      failed.run( [ & ] { mark.set(); } );
-      failed.throwOn();
-   } );
+   mgr->deleteVlanFromIdx( pvKey.intfId(), vlanId );
+   mark.set();
+}
+
+// Throws nothing: an id or a start that is none is not held.
+bool
+VlanMappingScaleSlaveSm::RangeIndex::holds( const Mox::PortVlanKey& key ) const {
+   const Bridging::VlanId vid = key.vlanId();
+   const auto entry = sm_.vlanRangeEntryDir_->vlanRangeEntry( key.intfId() );
+   const auto* start =
+      entry && vid.value() <= Bridging::VlanId::kHighest
+         ? entry->revSortedStartVid().findNodeOrNext( ReverseStartIdVlanId( vid.value() ) )
+         : nullptr;
+   const auto* range =
+      start ? entry->vlanIdRange().findNode( Bridging::VlanId::fromRaw( start->key().value() ) )
+            : nullptr;
+   return range && !( range->value().highVid() < vid );
+}
+
+void
+VlanMappingScaleSlaveSm::RangeIndex::reserve( const Mox::PortVlanKey& key ) {
+   sm_.presentManager()->changeReserve( key.intfId(), key.vlanId() );
+}
+
+void
+VlanMappingScaleSlaveSm::RangeIndex::restore( const Mox::MoxVlanMappingConfig& record ) {
+   const Mox::PortVlanKey& key = record.key();
+   sm_.presentManager()->addVlanToIdx( key.intfId(), key.vlanId(), record.mapping() );
+   sm_.vlanXlateScheduleDir_->vlanXlateScheduleIs( key.intfId() );
+}
+
+void
+VlanMappingScaleSlaveSm::RangeIndex::release( const Mox::PortVlanKey& key ) noexcept {
+   if ( sm_.vlanRangeMgr_ ) {
+      sm_.vlanRangeMgr_->changeRelease( key.intfId() );
+   }
 }
 
 void
@@ -173,14 +188,14 @@ VlanMappingScaleSlaveSm::doAddEgressVlanMapping( const Mox::PortVlanKey& pvKey )
    const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
    const Mox::MoxVlanMappingStatus record( config.key(), config.mapping(), config.inLag(),
                                            /* xlateUntagged */ false, config.origin() );
-   withoutRefusal( [ & ] { status->statusIs( record ); } );
+   status->statusIs( record );
 }
 
 void
 VlanMappingScaleSlaveSm::doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey ) {
    ZEL_TRACE( trace, kHooks, __LINE__, "doDelEgressVlanMapping", " pvKey: ", pvKey );
    const Zel::Ptr< Mox::MoxVlanMappingStatusDir > status = statusDir();
-   withoutRefusal( [ & ] { status->statusDel( pvKey ); } );
+   status->statusDel( pvKey );
 }
 
 Zel::Ptr< VlanMappingScaleSlaveSm >

@@ -10,9 +10,9 @@
 // Ownership   Holds the two directories, the range manager, and what the base class holds.
 // Throws      Zel::RangeException for ids out of range, and from the ingress hooks Zel::Exception
 //             when there is no manager, before anything is changed; std::bad_alloc with nothing
-//             changed; what a reactor throws, behind the change, a range exception as Zel::Exception;
-//             Zel::Exception from a deletion that meets a range or start stored by hand with an id out
-//             of range, of which some may have gone, with the interface marked.
+//             changed; what a reactor throws, behind the change; Zel::RangeException from a deletion
+//             that meets a range or start stored by hand with an id out of range, of which some may
+//             have gone, the interface not marked.
 // Threads     One thread, no locks.
 // Trace       "MoxVlanMappingScaleSm", level 5.
 #pragma once
@@ -79,8 +79,22 @@ class ZEL_EXPORT VlanMappingScaleSlaveSm : public Mox::VlanMappingSlaveSm {
    ~VlanMappingScaleSlaveSm() override;
 
  private:
+   /// What the base class asks when a hook fails.
+   class RangeIndex final : public IngressIndex {
+    public:
+      explicit RangeIndex( VlanMappingScaleSlaveSm& sm ) : sm_( sm ) {}
+      bool holds( const Mox::PortVlanKey& key ) const override;
+      void reserve( const Mox::PortVlanKey& key ) override;
+      void restore( const Mox::MoxVlanMappingConfig& record ) override;
+      void release( const Mox::PortVlanKey& key ) noexcept override;
+
+    private:
+      VlanMappingScaleSlaveSm& sm_;
+   };
+
    Zel::Ptr< MoxVlanRangeMgr > presentManager() const;
 
+   RangeIndex rangeIndex_{ *this };
    // Emptied by the destructor alone.
    Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDir_;
    Zel::Ptr< VlanXlateScheduleDir > vlanXlateScheduleDir_;

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "MoxVlanMapping/PairedRanges.h"
 #include "Zel/Assert.h"
@@ -69,14 +70,6 @@ startElement( VlanRangeEntry& entry, VlanId lowVid ) {
    return Zel::newEntity< StartElement >( start, true );
 }
 
-// The interface's entry; null when there is none yet, and for whoever reads the traces, who is to see
-// every search and change by itself.
-[[gnu::always_inline]] inline VlanRangeEntry*
-untracedEntry( const VlanRangeEntryDir& dir, IntfId intfId ) {
-   const auto* node = trace.anyEnabled() ? nullptr : dir.vlanRangeEntry().findNode( intfId );
-   return node ? node->entity().get() : nullptr;
-}
-
 }   // namespace
 
 MoxVlanRangeMgr::~MoxVlanRangeMgr() {
@@ -86,6 +79,53 @@ MoxVlanRangeMgr::~MoxVlanRangeMgr() {
 Zel::Ptr< MoxVlanRangeMgr >
 MoxVlanRangeMgr::MoxVlanRangeMgrIs( const Zel::Ptr< VlanRangeEntryDir >& vlanRangeEntryDir ) {
    return Zel::newEntity< MoxVlanRangeMgr >( vlanRangeEntryDir );
+}
+
+// The entry that PairedRanges may change. None when there is none yet, within a change, whose addition
+// has its elements already, and for whoever reads the traces, who is to see every search and change by
+// itself.
+[[gnu::always_inline]] inline VlanRangeEntry*
+MoxVlanRangeMgr::pairedEntry( IntfId intfId ) const {
+   const auto* node = trace.anyEnabled() || spareRange_
+                       ? nullptr
+                       : vlanRangeEntryDir_->vlanRangeEntry().findNode( intfId );
+   return node ? node->entity().get() : nullptr;
+}
+
+void
+MoxVlanRangeMgr::changeReserve( IntfId intfId, VlanId vid ) {
+   vlanRangeEntryDir_->vlanRangeEntryIs( intfId )->reserveTwo( vid );
+   auto range = Zel::newEntity< RangeElement >( VlanRangeXlateMapping() );
+   spareStart_ = Zel::newEntity< StartElement >( ReverseStartIdVlanId(), true );
+   spareRange_ = std::move( range );
+}
+
+void
+MoxVlanRangeMgr::changeRelease( IntfId intfId ) noexcept {
+   spareRange_ = nullptr;
+   spareStart_ = nullptr;
+   if ( const auto entry = vlanRangeEntryDir_->vlanRangeEntry( intfId ) ) {
+      entry->trim();
+   }
+}
+
+Zel::Ptr< RangeElement >
+MoxVlanRangeMgr::rangeToAdd( VlanRangeEntry& entry, VlanId lowVid, VlanId highVid,
+                             VlanXlateMapping mapping ) {
+   if ( !spareRange_ ) {
+      return rangeElement( entry, lowVid, highVid, mapping );
+   }
+   spareRange_->valueIs( { lowVid, highVid, mapping } );
+   return std::move( spareRange_ );
+}
+
+Zel::Ptr< StartElement >
+MoxVlanRangeMgr::startToAdd( VlanRangeEntry& entry, VlanId lowVid ) {
+   if ( !spareStart_ ) {
+      return startElement( entry, lowVid );
+   }
+   spareStart_->keyIs( lowVid.value() );
+   return std::move( spareStart_ );
 }
 
 bool
@@ -134,7 +174,7 @@ MoxVlanRangeMgr::isVidAndDot1qInLowerBoundRange( IntfId intfId, VlanId vid,
 // of the most frequent changes.
 __attribute__( ( no_stack_protector ) ) void
 MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mapping ) {
-   if ( VlanRangeEntry* entry = untracedEntry( *vlanRangeEntryDir_, intfId );
+   if ( VlanRangeEntry* entry = pairedEntry( intfId );
         entry && PairedRanges( *entry ).add( vid, mapping ) ) {
       return;
    }
@@ -166,7 +206,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const VlanRangeXlateMapping lBoundRange = *lBoundIter;
       lowVid = lBoundRange.lowVid();
       highVid = uBoundRange.highVid();
-      newRange = rangeElement( *vlanRangeEntry, lowVid, highVid, mapping );
+      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
@@ -176,8 +216,8 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
       highVid = uBoundRange.highVid();
-      newRange = rangeElement( *vlanRangeEntry, lowVid, highVid, mapping );
-      const auto newStart = startElement( *vlanRangeEntry, lowVid );
+      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
+      const auto newStart = startToAdd( *vlanRangeEntry, lowVid );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
       vlanRangeEntry->revSortedStartVidIs( newStart );
@@ -187,12 +227,12 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = *lBoundIter;
       lowVid = lBoundRange.lowVid();
-      newRange = rangeElement( *vlanRangeEntry, lowVid, highVid, mapping );
+      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
    } else {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
-      newRange = rangeElement( *vlanRangeEntry, lowVid, highVid, mapping );
-      vlanRangeEntry->revSortedStartVidIs( startElement( *vlanRangeEntry, lowVid ) );
+      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
+      vlanRangeEntry->revSortedStartVidIs( startToAdd( *vlanRangeEntry, lowVid ) );
    }
    vlanRangeEntry->vlanIdRangeIs( newRange );
    ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
@@ -201,7 +241,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
 
 __attribute__( ( no_stack_protector ) ) void
 MoxVlanRangeMgr::deleteVlanFromIdx( IntfId intfId, VlanId vid ) {
-   if ( VlanRangeEntry* entry = untracedEntry( *vlanRangeEntryDir_, intfId );
+   if ( VlanRangeEntry* entry = pairedEntry( intfId );
         entry && PairedRanges( *entry ).del( vid ) ) {
       return;
    }
@@ -261,7 +301,9 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    if ( isOnly ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " removing size 1 Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
-      vlanRangeEntry->trim();
+      if ( !spareRange_ ) {
+         vlanRangeEntry->trim();
+      }
    } else if ( isFirst ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " remove lowVid from Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );

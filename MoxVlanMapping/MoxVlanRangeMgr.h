@@ -12,7 +12,8 @@
 //                with the empty mapping cannot be told from "no range"; do not store it.
 // Entries        Every operation makes the interface's entry when there is none.
 // Cost           O(1), whatever the number of ranges; at most four changes of the collections.
-// Memory         std::bad_alloc leaves the index as it was.
+// Memory         std::bad_alloc leaves the index as it was; changeReserve() extends that over a deletion
+//                and the addition behind it.
 // Throws         Zel::RangeException for ids that are not VLAN ids (VlanId::fromRaw); adding and
 //                deleting change nothing before it but the empty entry.
 // Asserts        That the two collections agree, where it relies on it.
@@ -60,6 +61,12 @@ class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
    void deleteVlanFromRange( Corvel::IntfId intfId, Bridging::VlanId vid,
                              const VlanRangeXlateMapping& vidRange );
 
+   /// Before an id is deleted and added again under another mapping: takes the memory for the
+   /// addition, which then cannot fail for want of it. One change at a time.
+   void changeReserve( Corvel::IntfId intfId, Bridging::VlanId vid );
+   /// Gives back what the change has not used.
+   void changeRelease( Corvel::IntfId intfId ) noexcept;
+
    Zel::TypeHandle fwkType() const override;
 
  protected:
@@ -68,7 +75,18 @@ class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
    ~MoxVlanRangeMgr() override;
 
  private:
+   VlanRangeEntry* pairedEntry( Corvel::IntfId intfId ) const;
+   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > rangeToAdd( VlanRangeEntry& entry,
+                                                          Bridging::VlanId lowVid,
+                                                          Bridging::VlanId highVid,
+                                                          Bridging::VlanXlateMapping mapping );
+   Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > startToAdd( VlanRangeEntry& entry,
+                                                                Bridging::VlanId lowVid );
+
    const Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDir_;
+   // Set within a change alone.
+   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > spareRange_;
+   Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > spareStart_;
 };
 
 ZEL_EXPORT Zel::Ptr< MoxVlanRangeMgr >

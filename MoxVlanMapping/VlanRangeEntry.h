@@ -105,6 +105,8 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );
    void revSortedStartVidDelAll() { revSortedStartVid_.deleteAll(); }
 
+   /// Makes room for the id in a range of its own and for one range more.
+   void reserveTwo( Bridging::VlanId vid ) { index_.reserve( vid.value(), 2 ); }
    /// Gives the memory of empty collections back, and what was reserved in them.
    void trim() { index_.trim(); }
 

@@ -68,6 +68,7 @@ constexpr std::array kVlanMappingSlaveSm{
                                                                { "pvKey" } ),
    Zel::method< &VlanMappingSlaveSm::doDelEgressVlanMapping >( 141, "doDelEgressVlanMapping",
                                                                { "pvKey" } ),
+   Zel::field< &VlanMappingSlaveSm::undelivered >( 142, "undelivered" ),
 };
 
 template < class Record >

@@ -20,19 +20,16 @@ MoxVlanMappingConfigDir::MoxVlanMappingConfigDirIs() {
 void
 MoxVlanMappingConfigDir::configIs( const MoxVlanMappingConfig& record ) {
    const PortVlanKey key = record.key();
-   if ( config_.recordIs( key, record ) ) {
-      notifieeList_.notify( kAttrConfig, &key );
-   }
+   config_.recordIs( key, record );
+   notifieeList_.notify( kAttrConfig, &key );
 }
 
 MoxVlanMappingConfig
 MoxVlanMappingConfigDir::configDel( const PortVlanKey& key ) {
+   const PortVlanKey told = key;   // it may be the record's own
    const Zel::Ptr< ZelConfig > gone = config_.del( key );
-   if ( !gone ) {
-      return {};
-   }
-   notifieeList_.notify( kAttrConfig, &gone->key() );
-   return gone->value();
+   notifieeList_.notify( kAttrConfig, &told );
+   return gone ? gone->value() : MoxVlanMappingConfig();
 }
 
 Zel::Ptr< MoxVlanMappingConfigDir >

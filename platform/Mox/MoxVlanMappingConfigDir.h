@@ -3,8 +3,8 @@
 //
 // MoxVlanMappingConfigDir: the VLAN mappings of one direction as configured, by port and VLAN.
 //
-// Notifies    kAttrConfig with the record's key, for every insertion, change and deletion;
-//             writing an equal record again is no change.
+// Notifies    kAttrConfig with the key, for every write and every deletion, whether or not they change
+//             something: a reactor that failed before gets another try.
 // Cost        O(1) on average.
 // Threads     One thread, no locks.
 #pragma once

@@ -3,6 +3,8 @@
 //
 #include "Mox/VlanMappingSlaveSm.h"
 
+#include <optional>
+
 #include "Zel/Assert.h"
 #include "Zel/Exception.h"
 #include "Zel/FirstException.h"
@@ -15,8 +17,30 @@ constexpr char zelSourceTag[] = "Mox/VlanMappingSlaveSm";
 
 // All that the range index knows of a key.
 PortVlanKey
-placeOf( const PortVlanKey& key ) {
+slotOf( const PortVlanKey& key ) {
    return { key.intfId(), key.vlanId() };
+}
+
+bool
+isVlanId( std::uint16_t number ) {
+   return Bridging::VlanId::kLowest <= number && number <= Bridging::VlanId::kHighest;
+}
+
+bool
+isDeliverable( const MoxVlanMappingConfig& record ) {
+   return isVlanId( record.key().vlanId().value() ) && isVlanId( record.mapping().rawVlanId() );
+}
+
+void
+requireDeliverable( const MoxVlanMappingConfig& record ) {
+   if ( isDeliverable( record ) ) {
+      return;
+   }
+   static_cast< void >( Bridging::VlanId( record.key().vlanId().value() ) );
+   static_cast< void >( record.mapping().vlanId() );
+   Zel::throwRangeException(
+      "Mox::MoxVlanMappingConfig::mapping without translated VLAN not allowed; "
+      "allowed: 1 to 4094" );
 }
 
 }   // namespace
@@ -69,28 +93,43 @@ VlanMappingSlaveSm::handleInitialized() {
    const Zel::Ptr< VlanMappingSlaveSm > self( this );   // a reactor may drop the last other one
    initialized_ = true;
    Zel::FirstException failed;
-   const auto ingress = [ & ]( PortVlanKey key ) {
-      failed.run( [ & ] { handleIngressConfig( key ); } );
+   // What is delivered, too, for its deletion may have failed; but not what hooks add at the end.
+   const auto replay = [ & ]( const DeliveredMap& delivered, const MoxVlanMappingConfigDir& dir,
+                              void ( VlanMappingSlaveSm::*handle )( const PortVlanKey& ) ) {
+      auto rest = delivered.size();
+      for ( auto at = delivered.first(); at && rest != 0; ++at, --rest ) {
+         failed.run( [ & ] { ( this->*handle )( at->value().key() ); } );
+      }
+      for ( auto at = dir.config().first(); at; ++at ) {
+         failed.run( [ & ] { ( this->*handle )( at->key() ); } );
+      }
    };
-   const auto egress = [ & ]( PortVlanKey key ) {
-      failed.run( [ & ] { handleEgressConfig( key ); } );
-   };
-   // What is delivered, too, for its deletion may have failed; but not what comes behind it now.
-   auto rest = ingressDelivered_.size();
-   for ( auto at = ingressDelivered_.first(); at && rest != 0; ++at, --rest ) {
-      ingress( at->value().key() );
-   }
-   for ( auto at = ingressConfigDir()->config().first(); at; ++at ) {
-      ingress( at->key() );
-   }
-   rest = egressDelivered_.size();
-   for ( auto at = egressDelivered_.first(); at && rest != 0; ++at, --rest ) {
-      egress( at->key() );
-   }
-   for ( auto at = egressConfigDir()->config().first(); at; ++at ) {
-      egress( at->key() );
-   }
+   replay( ingressDelivered_, *ingressConfigDir(), &VlanMappingSlaveSm::handleIngressConfig );
+   replay( egressDelivered_, *egressConfigDir(), &VlanMappingSlaveSm::handleEgressConfig );
    failed.throwOn();
+}
+
+std::uint32_t
+VlanMappingSlaveSm::undelivered() const {
+   std::uint32_t keys = 0;
+   for ( const ZelDelivered& slot : ingressDelivered_ ) {
+      keys += isInForce( slot, wanted( slot ) ) ? 0 : 1;
+   }
+   for ( const auto& node : ingressConfigDir()->config() ) {
+      const ZelDelivered* const slot = ingressDelivered_.findNode( slotOf( node.key() ) );
+      const bool isNoted =
+         slot && ( slot->value().key() == node.key() || ingressWaiting_.contains( node.key() ) );
+      keys += isNoted || !isDeliverable( node.value() ) ? 0 : 1;
+   }
+   for ( const ZelDelivered& slot : egressDelivered_ ) {
+      keys += egressConfigDir()->config().contains( slot.key() ) ? 0 : 1;
+   }
+   for ( const auto& node : egressConfigDir()->config() ) {
+      const MoxVlanMappingConfig* const delivered = egressDelivered_.record( node.key() );
+      const bool isDelivered = delivered && *delivered == node.value();
+      keys += isDelivered || !isDeliverable( node.value() ) ? 0 : 1;
+   }
+   return keys;
 }
 
 void
@@ -114,140 +153,186 @@ VlanMappingSlaveSm::ZelEgressConfigDir::onAttribute( Zel::AttributeId attribute,
    }
 }
 
-// Brings the hooks' knowledge of one ingress key into line with the configuration. Looks again
-// after each hook, inside of which the configuration and what is delivered may have changed.
-void
-VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
-   PortVlanKey key = changed;
-   const PortVlanKey place = placeOf( key );
-   const Zel::Ptr< MoxVlanMappingConfigDir > dir = ingressConfigDir();
-   if ( const ZelDelivered* delivered = inForce( ingressDelivered_, place ) ) {
-      const MoxVlanMappingConfig* configured = dir->config().record( key );
-      if ( !( delivered->value().key() == key ) ) {
-         if ( configured ) {
-            ingressWaiting_.insert( key );
-         } else {
-            ingressWaiting_.erase( key );
-         }
-         return;
-      }
-      if ( configured && *configured == delivered->value() &&
-           delivered->state() == ZelDelivered::State::Told ) {
-         return;
-      }
-      deliverDel( ingressDelivered_, place, &VlanMappingSlaveSm::doDelIngressVlanMapping );
-   }
-   ingressWaiting_.erase( key );
-   Zel::FirstException refused;
-   bool candidate = dir->config().contains( key ) || takeWaiting( place, key );
-   while ( candidate ) {
-      if ( const ZelDelivered* quicker = inForce( ingressDelivered_, place ) ) {
-         if ( !( quicker->value().key() == key ) ) {
-            ingressWaiting_.insert( key );
-         }
-         break;
-      }
-      try {
-         deliverAdd( ingressDelivered_, place, *dir->config().record( key ),
-                     &VlanMappingSlaveSm::doAddIngressVlanMapping );
-         break;
-      } catch ( const Zel::RangeException& ) {
-         refused.keep();
-         candidate = takeWaiting( place, key );
+// The first that may take over a slot which comes free; null when none waits.
+const MoxVlanMappingConfig*
+VlanMappingSlaveSm::firstWaiting( const PortVlanKey& slot ) const {
+   for ( auto at = ingressWaiting_.lower_bound( slot );
+         at != ingressWaiting_.end() && slotOf( *at ) == slot; ++at ) {
+      const MoxVlanMappingConfig* const record = ingressConfigDir()->config().record( *at );
+      if ( record && isDeliverable( *record ) ) {
+         return record;
       }
    }
-   refused.throwOn();
+   return nullptr;
 }
 
-// The configured key that takes over a place which came free; false when none waits for it.
-bool
-VlanMappingSlaveSm::takeWaiting( const PortVlanKey& place, PortVlanKey& key ) {
-   auto next = ingressWaiting_.lower_bound( place );
-   while ( next != ingressWaiting_.end() && placeOf( *next ) == place ) {
-      key = *next;
-      next = ingressWaiting_.erase( next );
-      if ( ingressConfigDir()->config().contains( key ) ) {
-         return true;
+// What is to be in force in an ingress slot: the record of the key that holds it, or what it stands
+// for while that record is refused; the first that waits when the key is gone; null for nothing.
+const MoxVlanMappingConfig*
+VlanMappingSlaveSm::wanted( const ZelDelivered& slot ) const {
+   const PortVlanKey& key = slot.value().key();
+   if ( const MoxVlanMappingConfig* record = ingressConfigDir()->config().record( key ) ) {
+      if ( isDeliverable( *record ) ) {
+         return record;
       }
+      if ( slot.inForce() ) {
+         return &slot.value();
+      }
+   }
+   return firstWaiting( slot.key() );
+}
+
+bool
+VlanMappingSlaveSm::isInForce( const ZelDelivered& slot, const MoxVlanMappingConfig* record ) {
+   return record ? slot.inForce() && *record == slot.value() : !slot.inForce();
+}
+
+void
+VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
+   const PortVlanKey key = changed;   // it may go with its record inside a hook
+   const MoxVlanMappingConfig* const configured = ingressConfigDir()->config().record( key );
+   if ( configured ) {
+      requireDeliverable( *configured );
+   }
+   Zel::Ptr< ZelDelivered > slot = ingressDelivered_.findNode( slotOf( key ) );
+   if ( !configured ) {
+      ingressWaiting_.erase( key );
+   } else if ( slot && !( slot->value().key() == key ) ) {
+      ingressWaiting_.insert( key );
+   }
+   if ( !slot ) {
+      if ( !configured && !firstWaiting( slotOf( key ) ) ) {
+         return;
+      }
+      slot = Zel::newEntity< ZelDelivered >( slotOf( key ), MoxVlanMappingConfig( key, {} ) );
+      ingressDelivered_.insert( slot );
+   }
+   if ( slot->busy() ) {
+      return;
+   }
+   Zel::FirstException failed;
+   slot->busyIs( true );
+   settleIngress( *slot, failed );
+   slot->busyIs( false );
+   if ( !slot->inForce() && !wanted( *slot ) ) {
+      ingressDelivered_.unlink( *slot );
+   }
+   failed.throwOn();
+}
+
+// Looks again after each hook, inside of which the configuration may have changed.
+void
+VlanMappingSlaveSm::settleIngress( ZelDelivered& slot, Zel::FirstException& failed ) {
+   std::optional< MoxVlanMappingConfig > earlier;
+   for ( bool goesOn = true; goesOn; ) {
+      const MoxVlanMappingConfig* const next = wanted( slot );
+      if ( isInForce( slot, next ) ) {
+         break;
+      }
+      if ( slot.inForce() ) {
+         earlier = slot.value();
+         goesOn = delIngress( slot, next != nullptr, failed );
+      } else {
+         goesOn = addIngress( slot, *next, failed );
+      }
+   }
+   if ( !ingressIndex_ || !earlier ) {
+      return;
+   }
+   if ( !slot.inForce() && wanted( slot ) ) {
+      failed.run( [ & ] { ingressIndex_->restore( *earlier ); } );
+      slot.valueIs( *earlier );
+      slot.inForceIs( ingressIndex_->holds( slot.key() ) );
+   }
+   ingressIndex_->release( slot.key() );
+}
+
+bool
+VlanMappingSlaveSm::addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& record,
+                                Zel::FirstException& failed ) {
+   const PortVlanKey key = record.key();
+   slot.valueIs( record );
+   if ( failed.run( [ & ] { doAddIngressVlanMapping( key ); } ) ||
+        ( ingressIndex_ && ingressIndex_->holds( key ) ) ) {
+      slot.inForceIs( true );
+      ingressWaiting_.erase( key );
+      return true;
+   }
+   if ( !ingressIndex_ ) {
+      slot.inDoubt();
    }
    return false;
 }
 
-const VlanMappingSlaveSm::ZelDelivered*
-VlanMappingSlaveSm::inForce( const DeliveredMap& delivered, const PortVlanKey& place ) {
-   const ZelDelivered* node = delivered.findNode( place );
-   return node && node->state() != ZelDelivered::State::Leaving ? node : nullptr;
-}
-
-void
-VlanMappingSlaveSm::deliverAdd( DeliveredMap& delivered, const PortVlanKey& place,
-                                const MoxVlanMappingConfig& config, Hook hook ) {
-   using State = ZelDelivered::State;
-   const PortVlanKey key = config.key();
-   Zel::Ptr< ZelDelivered > node = delivered.findNode( place );
-   const bool isNew = !node;
-   if ( isNew ) {
-      node = Zel::newEntity< ZelDelivered >( place, config );
-      delivered.insert( node );
+bool
+VlanMappingSlaveSm::delIngress( ZelDelivered& slot, bool anotherFollows,
+                                Zel::FirstException& failed ) {
+   const PortVlanKey key = slot.value().key();
+   if ( ingressIndex_ && anotherFollows &&
+        !failed.run( [ & ] { ingressIndex_->reserve( key ); } ) ) {
+      return false;
    }
-   const MoxVlanMappingConfig before = node->value();
-   const State stateBefore = node->state();
-   node->valueIs( config );
-   node->stateIs( State::Told );
-   try {
-      ( this->*hook )( key );
-   } catch ( const Zel::RangeException& ) {
-      // Refused before anything was changed.
-      node->valueIs( before );
-      node->stateIs( stateBefore );
-      if ( isNew && node->linked() ) {
-         delivered.unlink( *node );
-      }
-      throw;
-   } catch ( ... ) {
-      if ( node->state() == State::Told ) {
-         node->stateIs( State::Unsure );
-      }
-      throw;
+   if ( failed.run( [ & ] { doDelIngressVlanMapping( key ); } ) ||
+        ( ingressIndex_ && !ingressIndex_->holds( key ) ) ) {
+      slot.inForceIs( false );
+      return true;
    }
-}
-
-// The node stays until the hook has done its work, for there may be no memory for another when it
-// fails. An addition that comes inside the hook takes it over.
-void
-VlanMappingSlaveSm::deliverDel( DeliveredMap& delivered, const PortVlanKey& place, Hook hook ) {
-   using State = ZelDelivered::State;
-   const Zel::Ptr< ZelDelivered > node = delivered.findNode( place );
-   const PortVlanKey key = node->value().key();
-   node->stateIs( State::Leaving );
-   try {
-      ( this->*hook )( key );
-   } catch ( const Zel::RangeException& ) {
-      // Refused, like its addition, which failed before it came to that.
-   } catch ( ... ) {
-      if ( node->state() == State::Leaving ) {
-         node->stateIs( State::Unsure );
-      }
-      throw;
+   if ( !ingressIndex_ ) {
+      slot.inDoubt();
    }
-   if ( node->linked() && node->state() == State::Leaving ) {
-      delivered.unlink( *node );
-   }
+   return false;
 }
 
 void
 VlanMappingSlaveSm::handleEgressConfig( const PortVlanKey& changed ) {
    const PortVlanKey key = changed;
-   const Zel::Ptr< MoxVlanMappingConfigDir > dir = egressConfigDir();
-   const ZelDelivered* delivered = inForce( egressDelivered_, key );
-   if ( const MoxVlanMappingConfig* configured = dir->config().record( key ) ) {
-      if ( !delivered || delivered->state() != ZelDelivered::State::Told ||
-           !( delivered->value() == *configured ) ) {
-         deliverAdd( egressDelivered_, key, *configured,
-                     &VlanMappingSlaveSm::doAddEgressVlanMapping );
+   const MoxVlanMappingConfig* const configured = egressConfigDir()->config().record( key );
+   if ( configured ) {
+      requireDeliverable( *configured );
+   }
+   Zel::Ptr< ZelDelivered > slot = egressDelivered_.findNode( key );
+   if ( !slot ) {
+      if ( !configured ) {
+         return;
       }
-   } else if ( delivered ) {
-      deliverDel( egressDelivered_, key, &VlanMappingSlaveSm::doDelEgressVlanMapping );
+      slot = Zel::newEntity< ZelDelivered >( key, MoxVlanMappingConfig( key, {} ) );
+      egressDelivered_.insert( slot );
+   }
+   if ( slot->busy() ) {
+      return;
+   }
+   Zel::FirstException failed;
+   slot->busyIs( true );
+   settleEgress( *slot, failed );
+   slot->busyIs( false );
+   if ( !slot->inForce() ) {
+      egressDelivered_.unlink( *slot );
+   }
+   failed.throwOn();
+}
+
+void
+VlanMappingSlaveSm::settleEgress( ZelDelivered& slot, Zel::FirstException& failed ) {
+   const PortVlanKey& key = slot.key();
+   for ( ;; ) {
+      const MoxVlanMappingConfig* const record = egressConfigDir()->config().record( key );
+      if ( !record && slot.inForce() ) {
+         if ( !failed.run( [ & ] { doDelEgressVlanMapping( key ); } ) ) {
+            slot.inDoubt();
+            return;
+         }
+         slot.inForceIs( false );
+      } else if ( record && isDeliverable( *record ) &&
+                  !( slot.inForce() && *record == slot.value() ) ) {
+         slot.valueIs( *record );
+         if ( !failed.run( [ & ] { doAddEgressVlanMapping( key ); } ) ) {
+            slot.inDoubt();
+            return;
+         }
+         slot.inForceIs( true );
+      } else {
+         return;
+      }
    }
 }
 

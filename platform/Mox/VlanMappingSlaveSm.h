@@ -7,25 +7,27 @@
 // derived class of mappings that come and go. The range index behind the hooks does not guard
 // itself, so this class does:
 //
+//   - A record is refused with Zel::RangeException before any hook is called, and what is in force
+//     stays: when its VLAN id is not 1 to 4094, or its translated VLAN is not; to the index no
+//     translated VLAN means any mapping. The directory keeps the record.
 //   - Nothing is delivered before handleInitialized(), which replays what is configured then.
 //   - A changed ingress mapping is delivered as a deletion, then an addition; a changed egress
 //     mapping as an addition. An unchanged one is not delivered, nor the removal of one that never
 //     was.
 //   - The index knows a port's VLAN but not the inner VLAN of the key. Of several ingress keys
-//     that differ only there one is in force, and the next takes its place when it goes.
-//   - A record without a translated VLAN is delivered like any other; whoever writes the
-//     configuration keeps it out, for to the index the empty mapping means any mapping.
-//   - A range exception says that the hook refused before it changed anything: an addition then
-//     counts as not delivered, and what a deletion refuses never was in force. What an addition
-//     throws reaches whoever wrote the configuration, which keeps the record.
-//   - Behind any other exception it is not known what the hook did. The next change of that key,
-//     and every handleInitialized(), delivers it once more: an ingress addition with the deletion
-//     before it, which does the index no harm when there is nothing to delete.
+//     that differ only there one is in force, and the next takes its slot when it goes.
+//   - Whatever a hook throws reaches whoever wrote the configuration, after all that can be done is
+//     done. An IngressIndex tells what a failed hook did, so that a configured VLAN is in force under
+//     its old or its new mapping at any time. Without one, and for egress, what a failed hook did
+//     is in doubt: the next try begins with a deletion, for egress with the addition.
+//   - What could not be delivered is tried again with the next write of its key, equal or not, and by
+//     handleInitialized(); undelivered() counts it.
 //
 // Ownership  Holds the common data, clock, bridge configuration and status directory.
 // Threads    One thread, no locks.
 #pragma once
 
+#include <cstdint>
 #include <set>
 
 #include "Bridging/Config.h"
@@ -36,6 +38,7 @@
 #include "Mox/RecordMap.h"
 #include "Zel/Clock.h"
 #include "Zel/Export.h"
+#include "Zel/FirstException.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
 #include "Zel/Reactor.h"
@@ -50,9 +53,8 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    Zel::TypeHandle fwkType() const override;
    void zelDoZombieReactors( bool zombie ) override;
 
-   /// Starts the delivery of hooks and replays what is configured and was not delivered. Every
-   /// record is tried; then the first exception that one raised is thrown on. Called again, it
-   /// delivers what failed before. An override calls this last.
+   /// Starts the delivery of hooks and delivers what is configured and was not delivered. Every
+   /// record is tried; then the first exception is rethrown. An override calls this last.
    virtual void handleInitialized();
    virtual void doAddIngressVlanMapping( const PortVlanKey& pvKey ) = 0;
    virtual void doDelIngressVlanMapping( const PortVlanKey& pvKey ) = 0;
@@ -69,13 +71,35 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    Zel::Ptr< MoxVlanMappingConfigDir > egressConfigDir() const;
    const Zel::Ptr< MoxVlanMappingStatusDir >& statusDir() const { return acsd_->statusDir(); }
 
+   /// Keys of both directions whose hooks are behind the configuration; refused records, and keys
+   /// that wait for their slot, do not count. O(configured mappings).
+   std::uint32_t undelivered() const;
+
  protected:
+   /// The derived class's index of the VLANs in force, for what must hold when a hook fails.
+   class IngressIndex {
+    public:
+      virtual ~IngressIndex() = default;
+      /// Whether the key's VLAN is in force on its port, under any mapping.
+      virtual bool holds( const PortVlanKey& key ) const = 0;
+      /// Before the deletion of a mapping that another follows: takes the memory for its addition.
+      /// Throws std::bad_alloc, with nothing changed.
+      virtual void reserve( const PortVlanKey& key ) = 0;
+      /// Behind the deletion, when the addition failed: puts `record` in force again, which cannot
+      /// fail for want of memory behind reserve(). What reactors throw may pass.
+      virtual void restore( const MoxVlanMappingConfig& record ) = 0;
+      /// Gives back what was reserved and is left.
+      virtual void release( const PortVlanKey& key ) noexcept = 0;
+   };
    /// Requires: `acsd` is set (asserted); the others may be null.
    VlanMappingSlaveSm( const Zel::Ptr< MoxCommonSmData >& acsd,
                        const Zel::Ptr< const Zel::Clock >& clock,
                        const Zel::Ptr< const Bridging::Config >& bridgingConfig,
                        const Zel::Ptr< Bridging::VlanXlateStatusDir >& vlanXlateStatusDir );
    ~VlanMappingSlaveSm() override;
+
+   /// Before handleInitialized(). The derived class keeps `index` as long as itself.
+   void ingressIndexIs( IngressIndex* index ) { ingressIndex_ = index; }
 
  private:
    class ZelIngressConfigDir : public Zel::Reactor< MoxVlanMappingConfigDir, VlanMappingSlaveSm > {
@@ -94,36 +118,43 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
     protected:
       using Reactor::Reactor;
    };
+   /// What the hooks have been told of one slot: of a port's VLAN for ingress, of a key for egress.
    class ZelDelivered : public RecordNode< MoxVlanMappingConfig > {
     public:
       static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm::ZelDelivered";
 
-      enum class State {
-         Told,      ///< the addition was delivered
-         Unsure,    ///< a hook failed: it may be in force or not
-         Leaving,   ///< the deletion is being delivered: counts as gone
-      };
-      State state() const { return state_; }
-      void stateIs( State state ) { state_ = state; }
+      /// False while nothing is in force; value() has the key that failed last then.
+      bool inForce() const { return inForce_; }
+      void inForceIs( bool inForce ) { inForce_ = inForce; }
+      /// Whether hooks of this slot are being called; the caller looks again after each.
+      bool busy() const { return busy_; }
+      void busyIs( bool busy ) { busy_ = busy; }
+      /// A hook failed, and nobody knows what it did.
+      void inDoubt() {
+         valueIs( MoxVlanMappingConfig( value().key(), {} ) );   // equals no deliverable record
+         inForce_ = true;
+      }
 
     protected:
       using RecordNode::RecordNode;
 
     private:
-      State state_ = State::Told;
+      bool inForce_ = false;
+      bool busy_ = false;
    };
    using DeliveredMap = RecordMap< ZelDelivered, 0x66a3d15b >;
 
    void handleIngressConfig( const PortVlanKey& key );
    void handleEgressConfig( const PortVlanKey& key );
-   /// The hooks take the full key of what is delivered.
-   using Hook = void ( VlanMappingSlaveSm::* )( const PortVlanKey& );
-   static const ZelDelivered* inForce( const DeliveredMap& delivered, const PortVlanKey& place );
-   void deliverAdd( DeliveredMap& delivered, const PortVlanKey& place,
-                    const MoxVlanMappingConfig& config, Hook hook );
-   void deliverDel( DeliveredMap& delivered, const PortVlanKey& place, Hook hook );
-
-   bool takeWaiting( const PortVlanKey& place, PortVlanKey& key );
+   const MoxVlanMappingConfig* wanted( const ZelDelivered& slot ) const;
+   const MoxVlanMappingConfig* firstWaiting( const PortVlanKey& slot ) const;
+   /// Null stands for nothing.
+   static bool isInForce( const ZelDelivered& slot, const MoxVlanMappingConfig* record );
+   bool addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& record,
+                    Zel::FirstException& failed );
+   bool delIngress( ZelDelivered& slot, bool anotherFollows, Zel::FirstException& failed );
+   void settleIngress( ZelDelivered& slot, Zel::FirstException& failed );
+   void settleEgress( ZelDelivered& slot, Zel::FirstException& failed );
 
    const Zel::Ptr< MoxCommonSmData > acsd_;
    const Zel::Ptr< const Zel::Clock > clock_;
@@ -132,10 +163,11 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    Zel::Ptr< ZelIngressConfigDir > ingressReactor_;
    Zel::Ptr< ZelEgressConfigDir > egressReactor_;
    bool initialized_ = false;
-   // What the hooks have been told, by (port, VLAN, 0) for ingress and by full key for egress.
+   IngressIndex* ingressIndex_ = nullptr;
+   // By (port, VLAN, 0) for ingress and by full key for egress.
    DeliveredMap ingressDelivered_;
    DeliveredMap egressDelivered_;
-   // Configured ingress keys whose place another key holds.
+   // Configured ingress keys whose slot another key holds, and some that went.
    std::set< PortVlanKey > ingressWaiting_;
 };
 

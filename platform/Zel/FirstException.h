@@ -12,18 +12,17 @@ namespace Zel {
 
 class FirstException {
  public:
+   /// Whether the step threw nothing.
    template < class Step >
-   void run( const Step& step ) {
+   bool run( const Step& step ) {
       try {
          step();
+         return true;
       } catch ( ... ) {
-         keep();
-      }
-   }
-   /// Inside a handler: keeps the exception that is being handled unless one was kept before.
-   void keep() noexcept {
-      if ( !first_ ) {
-         first_ = std::current_exception();
+         if ( !first_ ) {
+            first_ = std::current_exception();
+         }
+         return false;
       }
    }
    void throwOn() const {

@@ -72,7 +72,8 @@ class KeyArray {
       }
    }
 
-   bool full() const { return size_ == room_; }
+   /// How many fit in all.
+   std::uint32_t room() const { return room_; }
    /// Makes room for one more at least.
    void grow() { roomIs( std::max( 2 * room_, kFirstRoom ) ); }
    /// Requires: `room` is not less than size().

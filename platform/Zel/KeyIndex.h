@@ -79,15 +79,15 @@ class ZEL_EXPORT KeyIndex {
    /// The lane's last node at or below `place`.
    At atOrBelow( Lane lane, KeyPlace place ) const;
 
-   /// Makes room for a node at `place` beside as many as stand here now; deletions that lie
-   /// between do not matter.
-   void reserve( KeyPlace place ) {
-      if ( !trie_ && few_.size() == kMostFew ) {
+   /// Makes room for a node at `place`, the last of up to `places` new places beside as many as
+   /// stand here now; deletions that lie between do not matter.
+   void reserve( KeyPlace place, std::uint32_t places = 1 ) {
+      if ( !trie_ && few_.size() + places > kMostFew ) {
          toTrie();
       }
       if ( trie_ ) {
          trie_->reserve( place );
-      } else if ( few_.full() ) {
+      } else if ( few_.size() + places > few_.room() ) {
          few_.grow();
          last_ = {};
       }

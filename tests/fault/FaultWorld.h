@@ -186,7 +186,7 @@ class World {
          all[ "index of " + name ] =
             ( entry ? TestSupport::rangesText( *entry ) + " / " + TestSupport::startsText( *entry )
                     : " / " ) +
-            ( schedule->vlanXlateSchedule().contains( port( number ) ) ? " waits" : "" );
+            ( schedule->vlanXlateSchedule().contains( port( number ) ) ? kMarked : "" );
          all[ "sorted of " + name ] = scale ? TestSupport::sortedText( *scale ) : "";
          all[ "hash of " + name ] =
             scale ? TestSupport::interfacesText( scale->vlanInXlateHashTable() ) : "";

@@ -54,7 +54,7 @@ changing( const std::string& name, const Row::Act& given, const Row::Act& act ) 
          act( o );
       }
    };
-   return { name, given, act, unlessDone, {}, Fault::Memory::Either };
+   return { name, given, act, unlessDone, Fault::Memory::Either };
 }
 
 Row
@@ -63,7 +63,7 @@ asking( const std::string& name, const Row::Act& given, const Row::Act& act ) {
       given( o );
       o.resultMatters = true;
    };
-   return { name, toldOf, act, nullptr, {}, Fault::Memory::Either };
+   return { name, toldOf, act, nullptr, Fault::Memory::Either };
 }
 
 void

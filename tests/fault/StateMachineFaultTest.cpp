@@ -54,30 +54,54 @@ const Row kRows[] = {
      []( World& w ) {
         w.drain();
         w.ingressIs( w.config( 10, 'M' ) );
-        w.ingressIs( w.config( 11, 'M' ) );
+        w.ingressIs( { { w.port( 6 ), Bridging::VlanId( 11 ) }, TestSupport::mappingOf( 'M' ) } );
         w.egressIs( w.config( 20, 'M' ) );
      },
-     again,
-     again,
-     { "10-10 M / 10 waits", "11-11 M / 11 waits" } },
+     again },
    { "IngressNew", configured, []( World& w ) { w.ingressIs( w.config( 14, 'M' ) ); },
      writtenAgain( []( World& w ) { w.ingressIs( w.config( 14, 'M' ) ); } ) },
    { "IngressFirst", again, []( World& w ) { w.ingressIs( w.config( 14, 'M' ) ); },
      writtenAgain( []( World& w ) { w.ingressIs( w.config( 14, 'M' ) ); } ) },
-   { "IngressChanged",
-     configured,
-     []( World& w ) { w.ingressIs( w.config( 11, 'N' ) ); },
-     again,
-     { "10-10 M, 12-12 M / 12, 10 waits" } },
+   { "IngressChanged", configured, []( World& w ) { w.ingressIs( w.config( 11, 'N' ) ); }, again },
+   // Its interface has no other range: the index is empty between deletion and addition.
+   { "OnlyIngressChanged",
+     []( World& w ) {
+        again( w );
+        w.ingressIs( w.config( 10, 'M' ) );
+        w.drain();
+     },
+     []( World& w ) { w.ingressIs( w.config( 10, 'N' ) ); }, again },
+   // The deletion splits a range where one more changes the form of the store.
+   { "IngressChangedAmongMany",
+     []( World& w ) {
+        again( w );
+        for ( unsigned i = 0; i < 269; ++i ) {
+           w.ingressIs( w.config( 2 + 2 * i, 'M' ) );
+        }
+        for ( unsigned vlan = 1001; vlan <= 1003; ++vlan ) {
+           w.ingressIs( w.config( vlan, 'M' ) );
+        }
+        w.drain();
+     },
+     []( World& w ) { w.ingressIs( w.config( 1002, 'N' ) ); }, again },
+   { "LowestIngressChanged", configured, []( World& w ) { w.ingressIs( w.config( 10, 'N' ) ); },
+     again },
+   { "HighestIngressChanged", configured, []( World& w ) { w.ingressIs( w.config( 12, 'N' ) ); },
+     again },
+   // The addition merges, and needs less than was reserved.
+   { "IngressChangedToThatOfItsNeighbours",
+     []( World& w ) {
+        configured( w );
+        w.ingressIs( w.config( 11, 'N' ) );
+        w.drain();
+     },
+     []( World& w ) { w.ingressIs( w.config( 11, 'M' ) ); }, again },
    { "IngressGone", configured,
      []( World& w ) { w.acsd->ingressConfigDir()->configDel( w.key( 11 ) ); }, again },
    { "IngressWaits", contended, []( World& w ) { w.ingressIs( w.config( 30, 'O', 3 ) ); },
      writtenAgain( []( World& w ) { w.ingressIs( w.config( 30, 'O', 3 ) ); } ) },
-   { "IngressTakesOver",
-     contended,
-     []( World& w ) { w.acsd->ingressConfigDir()->configDel( w.key( 30, 1 ) ); },
-     again,
-     { "10-12 M / 10 waits" } },
+   { "IngressTakesOver", contended,
+     []( World& w ) { w.acsd->ingressConfigDir()->configDel( w.key( 30, 1 ) ); }, again },
    { "EgressNew", configured, []( World& w ) { w.egressIs( w.config( 21, 'M' ) ); },
      writtenAgain( []( World& w ) { w.egressIs( w.config( 21, 'M' ) ); } ) },
    needsNoMemory( Row{ "EgressChanged", configured,

@@ -88,7 +88,7 @@ TEST( AgentConsole, lsListsTheRoots ) {
                  "schedule   MoxVlanMapping::VlanXlateScheduleDir\n"
                  "scheduler  Quen::TaskScheduler( workWaiting: false, tasksScheduled: 0, "
                  "yieldPolicy: Quantum, yieldTestsAllowed: 0 )\n"
-                 "sm         MoxVlanMapping::VlanMappingScaleSlaveSm\n" );
+                 "sm         MoxVlanMapping::VlanMappingScaleSlaveSm( undelivered: 0 )\n" );
 }
 
 TEST( AgentConsole, lsListsTheAttributesOfAnEntity ) {

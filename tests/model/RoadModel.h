@@ -4,7 +4,7 @@
 // RoadModel: the whole road - configuration, state machine, index, schedule, task, sorted ranges,
 // and status - beside the configuration alone.
 //
-// Ids and translations that are none are written, too: those are refused, and the others stay.
+// Ids and translations that are none are written, too: those are refused, and what was in force stays.
 #pragma once
 
 #include <algorithm>
@@ -51,7 +51,10 @@ struct Step {
    Quen::YieldPolicy policy;
 
    bool acceptable() const {
-      return vid >= 1 && vid <= Bridging::VlanId::kHighest && relay <= Bridging::VlanId::kHighest;
+      const auto isVlanId = []( unsigned id ) {
+         return id >= 1 && id <= Bridging::VlanId::kHighest;
+      };
+      return isVlanId( vid ) && isVlanId( relay );
    }
 };
 
@@ -108,13 +111,13 @@ class Model {
       ran_ = step.op == Op::Run;
       switch ( step.op ) {
       case Op::IngressSet:
-         ingress_[ key ] = step.relay;
+         set( ingress_, step );
          break;
       case Op::IngressDel:
          ingress_.erase( key );
          break;
       case Op::EgressSet:
-         egress_[ key ] = step.relay;
+         set( egress_, step );
          break;
       case Op::EgressDel:
          egress_.erase( key );
@@ -145,11 +148,20 @@ class Model {
    }
 
  private:
+   // Before the state machine starts, nothing is in force that a refused record could leave standing.
+   void set( Relays& relays, const Step& step ) const {
+      const Key key{ step.port, step.vid };
+      if ( step.acceptable() ) {
+         relays[ key ] = step.relay;
+      } else if ( !initialized_ ) {
+         relays.erase( key );
+      }
+   }
    // What is in force, of each port that has any.
    std::map< std::uint64_t, RangeScript::Table > tables() const {
       std::map< std::uint64_t, RangeScript::Table > tables;
       for ( const auto& [ key, relay ] : ingress_ ) {
-         if ( initialized_ && ( Step{ {}, key.first, key.second, relay, {} } ).acceptable() ) {
+         if ( initialized_ ) {
             tables[ key.first ][ key.second ] = relay;
          }
       }
@@ -184,7 +196,8 @@ class Real : TestSupport::Chain {
          carryOut( step );
          complaint_.clear();
       } catch ( const Zel::RangeException& ) {
-         const bool wrote = step.op == Op::IngressSet && initialized_ && !step.acceptable();
+         const bool wrote = ( step.op == Op::IngressSet || step.op == Op::EgressSet ) &&
+                            initialized_ && !step.acceptable();
          complaint_ = wrote || step.op == Op::Initialize ? "" : "refused what is acceptable\n";
       }
    }
@@ -300,7 +313,7 @@ steps( bool noVlans, bool quantum ) {
          const bool noVlan = noVlans && odd < kNoVlans.size();
          const bool noRelay = noVlans && odd >= kNoVlans.size() && odd < 6;
          return Step{ op, port, noVlan ? kNoVlans[ odd ] : RangeScript::vidAt( vid ),
-                      noRelay ? 4095 : 3000 + relay, policy };
+                      noRelay ? kNoVlans[ odd - kNoVlans.size() ] : 3000 + relay, policy };
       },
       rc::gen::weightedElement< Op >( { { 16, Op::IngressSet },
                                         { 8, Op::IngressDel },

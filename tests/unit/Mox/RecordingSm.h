@@ -33,13 +33,14 @@ name( const Mox::PortVlanKey& key ) {
 /// What outlives the state machine, so that a test can look at it afterwards.
 struct Record {
    /// "+1/100=3001" an ingress addition, "-1/100" a deletion, "e+..." and "e-..." for egress;
-   /// "!+1/100" an ingress addition that was refused.
+   /// "r1/100" memory reserved, "<1/100=3001" an addition put in force again.
    std::string log;
    /// By port and VLAN, as the range index: the translated VLAN.
    std::map< std::pair< std::uint64_t, std::uint16_t >, std::uint16_t > index;
    /// Egress mappings in force.
    std::map< std::string, std::uint16_t > egress;
-   /// Run at the end of each hook, with what the hook logged.
+   /// Run at the beginning and at the end of each hook, with what the hook logs.
+   std::function< void( const std::string& ) > before;
    std::function< void( const std::string& ) > after;
 
    std::string take() { return std::exchange( log, "" ); }
@@ -68,36 +69,45 @@ class RecordingSm : public Mox::VlanMappingSlaveSm {
 
    void doAddIngressVlanMapping( const Mox::PortVlanKey& pvKey ) override {
       const std::uint16_t vlan = configured( *ingressConfigDir(), pvKey );
-      if ( vlan > Bridging::VlanId::kHighest ) {
-         done( "!+" + name( pvKey ) );
-         Zel::throwRangeException( "Bridging::VlanIdOrNone::value > 4094 not allowed" );
-      }
-      const auto place = std::pair( pvKey.intfId().value(), pvKey.vlanId().value() );
-      // The range index does not displace a mapping that is there.
-      EXPECT_TRUE( record_.index.emplace( place, vlan ).second ) << name( pvKey );
-      done( "+" + name( pvKey ) + "=" + std::to_string( vlan ) );
+      hook( "+" + name( pvKey ) + "=" + std::to_string( vlan ), [ & ] {
+         // The range index does not displace a mapping that is there.
+         EXPECT_TRUE( record_.index.emplace( placeOf( pvKey ), vlan ).second ) << name( pvKey );
+      } );
    }
    void doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey ) override {
-      const auto place = std::pair( pvKey.intfId().value(), pvKey.vlanId().value() );
-      EXPECT_EQ( record_.index.erase( place ), 1u ) << name( pvKey );
-      done( "-" + name( pvKey ) );
+      hook( "-" + name( pvKey ),
+            [ & ] { EXPECT_EQ( record_.index.erase( placeOf( pvKey ) ), 1u ) << name( pvKey ); } );
    }
    void doAddEgressVlanMapping( const Mox::PortVlanKey& pvKey ) override {
       const std::uint16_t vlan = configured( *egressConfigDir(), pvKey );
-      if ( vlan > Bridging::VlanId::kHighest ) {
-         done( "!e+" + name( pvKey ) );
-         Zel::throwRangeException( "Bridging::VlanIdOrNone::value > 4094 not allowed" );
-      }
-      record_.egress[ name( pvKey ) ] = vlan;
-      done( "e+" + name( pvKey ) + "=" + std::to_string( vlan ) );
+      hook( "e+" + name( pvKey ) + "=" + std::to_string( vlan ),
+            [ & ] { record_.egress[ name( pvKey ) ] = vlan; } );
    }
+   /// Of what an addition that failed may not have put in force, too.
    void doDelEgressVlanMapping( const Mox::PortVlanKey& pvKey ) override {
-      EXPECT_EQ( record_.egress.erase( name( pvKey ) ), 1u ) << name( pvKey );
-      done( "e-" + name( pvKey ) );
+      hook( "e-" + name( pvKey ), [ & ] { record_.egress.erase( name( pvKey ) ); } );
    }
 
  protected:
    ~RecordingSm() override { zelDoZombieReactors( true ); }
+
+   static std::pair< std::uint64_t, std::uint16_t > placeOf( const Mox::PortVlanKey& key ) {
+      return { key.intfId().value(), key.vlanId().value() };
+   }
+   template < class Change >
+   void hook( const std::string& what, const Change& change ) {
+      // Copies: what runs may replace them.
+      if ( const auto before = record_.before ) {
+         before( what );
+      }
+      change();
+      record_.log += ( record_.log.empty() ? "" : " " ) + what;
+      if ( const auto after = record_.after ) {
+         after( what );
+      }
+   }
+
+   Record& record_;
 
  private:
    static std::uint16_t configured( const Mox::MoxVlanMappingConfigDir& dir,
@@ -106,14 +116,41 @@ class RecordingSm : public Mox::VlanMappingSlaveSm {
       EXPECT_NE( config, nullptr ) << "added without a configuration: " << name( key );
       return config ? config->mapping().rawVlanId() : 0;
    }
-   void done( const std::string& what ) {
-      record_.log += ( record_.log.empty() ? "" : " " ) + what;
-      if ( const auto after = record_.after ) {
-         after( what );
-      }
+};
+
+/// One that tells its base what is in force.
+class IndexedSm : public RecordingSm {
+ public:
+   static constexpr char zelTypeName[] = "TestMox::IndexedSm";
+   IndexedSm( const Zel::Ptr< Mox::MoxCommonSmData >& acsd, Record& record )
+       : RecordingSm( acsd, record ) {
+      ingressIndexIs( &index_ );
    }
 
-   Record& record_;
+ protected:
+   ~IndexedSm() override { EXPECT_EQ( index_.reserved, 0 ) << "not released"; }
+
+ private:
+   struct Index : IngressIndex {
+      explicit Index( IndexedSm& owner ) : sm( owner ) {}
+      bool holds( const Mox::PortVlanKey& key ) const override {
+         return sm.record_.index.contains( placeOf( key ) );
+      }
+      void reserve( const Mox::PortVlanKey& key ) override {
+         ++reserved;
+         sm.hook( "r" + name( key ), [] {} );
+      }
+      void restore( const Mox::MoxVlanMappingConfig& record ) override {
+         const std::uint16_t vlan = record.mapping().rawVlanId();
+         sm.hook( "<" + name( record.key() ) + "=" + std::to_string( vlan ),
+                  [ & ] { sm.record_.index.emplace( placeOf( record.key() ), vlan ); } );
+      }
+      void release( const Mox::PortVlanKey& ) noexcept override { reserved = 0; }
+
+      IndexedSm& sm;
+      int reserved = 0;
+   };
+   Index index_{ *this };
 };
 
 }   // namespace TestMox

@@ -4,6 +4,8 @@
 #include "Mox/VlanMappingSlaveSm.h"
 
 #include <cstdint>
+#include <functional>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -12,6 +14,7 @@
 #include "Bridging/Config.h"
 #include "Zel/Clock.h"
 #include "Zel/Exception.h"
+#include "Zel/GenericIf.h"
 #include "tests/support/NoneLeftTest.h"
 #include "tests/unit/Mox/RecordingSm.h"
 
@@ -166,10 +169,61 @@ TEST_F( VlanMappingSlaveSmTest, OtherAttributesOfTheDirectoriesAreNoConfiguratio
    EXPECT_EQ( record_.take(), "" );
 }
 
-TEST_F( VlanMappingSlaveSmTest, ARefusedAdditionReachesTheWriterAndCountsAsNotDelivered ) {
+// What is refused, and what it leaves.
+
+struct Refused {
+   const char* name;
+   std::uint16_t vlan;
+   std::uint16_t translated;
+   const char* text;
+
+   friend void PrintTo( const Refused& row, std::ostream* out ) { *out << row.name; }
+};
+
+class RefusedRecordTest :
+    public VlanMappingSlaveSmTest,
+    public testing::WithParamInterface< Refused > {};
+
+TEST_P( RefusedRecordTest, ReachesTheWriterBeforeAnyHook ) {
+   initialize();
+   const PortVlanKey at = key( 1, GetParam().vlan );
+   const auto refusal = [ & ]( const auto& write ) -> std::string {
+      try {
+         write();
+      } catch ( const Zel::RangeException& error ) {
+         return error.what();
+      }
+      return "";
+   };
+   EXPECT_EQ( refusal( [ & ] { ingress( at, GetParam().translated ); } ), GetParam().text );
+   EXPECT_EQ( refusal( [ & ] { egress( at, GetParam().translated ); } ), GetParam().text );
+   EXPECT_EQ( record_.take(), "" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+INSTANTIATE_TEST_SUITE_P(
+   All, RefusedRecordTest,
+   testing::Values(
+      Refused{ "VlanZero", 0, 3001, "Bridging::VlanId::value < 1 or > 4094 not allowed" },
+      Refused{ "VlanAboveTheHighest", 4095, 3001,
+               "Bridging::VlanId::value < 1 or > 4094 not allowed" },
+      Refused{ "TranslatedVlanAboveTheHighest", 100, 4095,
+               "Bridging::VlanIdOrNone::value > 4094 not allowed" },
+      Refused{ "NoTranslatedVlan", 100, 0,
+               "Mox::MoxVlanMappingConfig::mapping without translated VLAN not allowed; allowed: 1 "
+               "to 4094" } ),
+   []( const auto& row ) { return std::string( row.param.name ); } );
+
+TEST_F( VlanMappingSlaveSmTest, TheLowestAndTheHighestIdsAreDelivered ) {
+   initialize();
+   ingress( key( 1, 1 ), 4094 );
+   ingress( key( 1, 4094 ), 1 );
+   EXPECT_EQ( record_.take(), "+1/1=4094 +1/4094=1" );
+}
+
+TEST_F( VlanMappingSlaveSmTest, ARefusedAdditionKeepsItsRecordAndIsNotDelivered ) {
    initialize();
    EXPECT_THROW( ingress( key( 1, 100 ), 4095 ), Zel::RangeException );
-   EXPECT_EQ( record_.take(), "!+1/100" );
    EXPECT_TRUE( acsd_->ingressConfigDir()->config().contains( key( 1, 100 ) ) );
    ingressDel( key( 1, 100 ) );
    EXPECT_EQ( record_.take(), "" );
@@ -183,14 +237,16 @@ TEST_F( VlanMappingSlaveSmTest, AChangeOfARefusedMappingDeliversOnlyTheAddition 
    EXPECT_EQ( record_.take(), "+1/100=3001" );
 }
 
-TEST_F( VlanMappingSlaveSmTest, AChangeThatIsRefusedLeavesNothingInTheIndex ) {
+TEST_F( VlanMappingSlaveSmTest, AChangeThatIsRefusedLeavesTheEarlierMappingInForce ) {
    initialize();
    ingress( key( 1, 100 ), 3001 );
    EXPECT_THROW( ingress( key( 1, 100 ), 4095 ), Zel::RangeException );
-   EXPECT_EQ( record_.take(), "+1/100=3001 -1/100 !+1/100" );
-   EXPECT_EQ( record_.shownIndex(), "" );
+   EXPECT_EQ( record_.take(), "+1/100=3001" );
    ingress( key( 1, 100 ), 3002 );
-   EXPECT_EQ( record_.take(), "+1/100=3002" );
+   EXPECT_EQ( record_.take(), "-1/100 +1/100=3002" );
+   EXPECT_THROW( ingress( key( 1, 100 ), 4095 ), Zel::RangeException );
+   ingressDel( key( 1, 100 ) );
+   EXPECT_EQ( record_.take(), "-1/100" );
 }
 
 TEST_F( VlanMappingSlaveSmTest, AReplayGoesOnBehindARefusedRecordAndThrowsTheFirstRefusal ) {
@@ -199,7 +255,7 @@ TEST_F( VlanMappingSlaveSmTest, AReplayGoesOnBehindARefusedRecordAndThrowsTheFir
    ingress( key( 1, 102 ), 3001 );
    egress( key( 1, 200 ), 3002 );
    EXPECT_THROW( sm_->handleInitialized(), Zel::RangeException );
-   EXPECT_EQ( record_.take(), "+1/100=3001 !+1/101 +1/102=3001 e+1/200=3002" );
+   EXPECT_EQ( record_.take(), "+1/100=3001 +1/102=3001 e+1/200=3002" );
    ingress( key( 1, 101 ), 3001 );
    EXPECT_EQ( record_.take(), "+1/101=3001" );
 }
@@ -240,6 +296,19 @@ TEST_F( VlanMappingSlaveSmTest, AnExceptionFromADeletionLeavesTheMappingDelivere
    EXPECT_EQ( record_.take(), "-1/100 +1/100=3003" );
 }
 
+TEST_F( VlanMappingSlaveSmTest, ARecordThatComesBackAfterItsFailedDeletionIsDeliveredAgain ) {
+   initialize();
+   ingress( key( 1, 100 ), 3001 );
+   once( "-1/100", [ & ] {
+      record_.index[ { 1, 100 } ] = 3001;   // the hook failed before it deleted
+      throw std::runtime_error( "no" );
+   } );
+   EXPECT_THROW( ingressDel( key( 1, 100 ) ), std::runtime_error );
+   record_.take();
+   ingress( key( 1, 100 ), 3001 );
+   EXPECT_EQ( record_.take(), "-1/100 +1/100=3001" );
+}
+
 TEST_F( VlanMappingSlaveSmTest, AReplayDeliversAFailedAdditionOnceMore ) {
    initialize();
    once( "+1/100=3001", [] { throw std::runtime_error( "later" ); } );
@@ -275,16 +344,13 @@ TEST_F( VlanMappingSlaveSmTest, AReplayDeliversAFailedDeletionOnceMore ) {
    EXPECT_EQ( record_.take(), "" );
 }
 
-// Its addition failed before it came to be refused.
-TEST_F( VlanMappingSlaveSmTest, WhatADeletionRefusesNeverWasInForce ) {
+TEST_F( VlanMappingSlaveSmTest, ARangeExceptionOfAHookIsOneLikeAnyOther ) {
    initialize();
-   once( "+1/100=3001", [] { throw std::runtime_error( "no memory" ); } );
-   EXPECT_THROW( ingress( key( 1, 100 ), 3001 ), std::runtime_error );
-   once( "-1/100", [] { throw Zel::RangeException( "not a VLAN" ); } );
-   ingressDel( key( 1, 100 ) );
-   record_.take();
-   sm_->handleInitialized();
-   EXPECT_EQ( record_.take(), "" );
+   once( "+1/100=3001", [] { throw Zel::RangeException( "later" ); } );
+   EXPECT_THROW( ingress( key( 1, 100 ), 3001 ), Zel::RangeException );
+   once( "-1/100", [] { throw Zel::RangeException( "later still" ); } );
+   EXPECT_THROW( ingressDel( key( 1, 100 ) ), Zel::RangeException );
+   EXPECT_EQ( record_.take(), "+1/100=3001 -1/100" );
 }
 
 TEST_F( VlanMappingSlaveSmTest, AReplayDeliversFailedEgressHooksOnceMore ) {
@@ -308,7 +374,6 @@ TEST_F( VlanMappingSlaveSmTest, AReplayDeliversFailedEgressHooksOnceMore ) {
 TEST_F( VlanMappingSlaveSmTest, ARefusedEgressAdditionCountsAsNotDelivered ) {
    initialize();
    EXPECT_THROW( egress( key( 1, 200 ), 4095 ), Zel::RangeException );
-   EXPECT_EQ( record_.take(), "!e+1/200" );
    egressDel( key( 1, 200 ) );
    EXPECT_EQ( record_.take(), "" );
 }
@@ -320,6 +385,223 @@ TEST_F( VlanMappingSlaveSmTest, ARefusedEgressChangeLeavesTheEarlierOneDelivered
    record_.take();
    egressDel( key( 1, 200 ) );
    EXPECT_EQ( record_.take(), "e-1/200" );
+}
+
+// What a hook that failed has done is asked of the index.
+
+class IndexedSlaveSmTest : public VlanMappingSlaveSmTest {
+ protected:
+   IndexedSlaveSmTest() { sm_ = Zel::newEntity< TestMox::IndexedSm >( acsd_, record_ ); }
+
+   static void fails( std::function< void( const std::string& ) >& at, const std::string& hook ) {
+      at = [ hook ]( const std::string& what ) {
+         if ( what == hook ) {
+            throw std::runtime_error( hook );
+         }
+      };
+   }
+   void failsBefore( const std::string& hook ) { fails( record_.before, hook ); }
+   void failsAfter( const std::string& hook ) { fails( record_.after, hook ); }
+   void failsNoMore() {
+      record_.before = {};
+      record_.after = {};
+   }
+   // The first exception of a write; none: "".
+   template < class Write >
+   static std::string thrown( const Write& write ) {
+      try {
+         write();
+      } catch ( const std::runtime_error& error ) {
+         return error.what();
+      }
+      return "";
+   }
+   std::string ingressThrown( const PortVlanKey& at, std::uint16_t vlan ) {
+      return thrown( [ & ] { ingress( at, vlan ); } );
+   }
+   void givenOne() {
+      initialize();
+      ingress( key( 1, 100 ), 3001 );
+      record_.take();
+   }
+};
+
+TEST_F( IndexedSlaveSmTest, AChangeReservesBeforeItDeletes ) {
+   givenOne();
+   ingress( key( 1, 100 ), 3002 );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 +1/100=3002" );
+   ingressDel( key( 1, 100 ) );
+   EXPECT_EQ( record_.take(), "-1/100" );
+}
+
+TEST_F( IndexedSlaveSmTest, AChangeThatCannotReserveChangesNothing ) {
+   givenOne();
+   failsBefore( "r1/100" );
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3002 ), "r1/100" );
+   EXPECT_EQ( record_.take(), "" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+   failsNoMore();
+   ingress( key( 1, 100 ), 3002 );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 +1/100=3002" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, AChangeCarriesOnBehindADeletionThatThrowsWhenItIsDone ) {
+   givenOne();
+   failsAfter( "-1/100" );
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3002 ), "-1/100" );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 +1/100=3002" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, AChangeWhoseDeletionIsNotDoneLeavesTheEarlierMapping ) {
+   givenOne();
+   failsBefore( "-1/100" );
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3002 ), "-1/100" );
+   EXPECT_EQ( record_.shownIndex(), "1/100=3001" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+}
+
+TEST_F( IndexedSlaveSmTest, AChangeWhoseAdditionIsNotDoneIsPutBack ) {
+   givenOne();
+   failsBefore( "+1/100=3002" );
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3002 ), "+1/100=3002" );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 <1/100=3001" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+   failsNoMore();
+   ingress( key( 1, 100 ), 3002 );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 +1/100=3002" );
+}
+
+TEST_F( IndexedSlaveSmTest, AnAdditionThatThrowsWhenItIsDoneIsDelivered ) {
+   initialize();
+   failsAfter( "+1/100=3001" );
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3001 ), "+1/100=3001" );
+   failsNoMore();
+   EXPECT_EQ( sm_->undelivered(), 0u );
+   sm_->handleInitialized();
+   EXPECT_EQ( record_.take(), "+1/100=3001" );
+   ingressDel( key( 1, 100 ) );
+   EXPECT_EQ( record_.take(), "-1/100" );
+}
+
+TEST_F( IndexedSlaveSmTest, AnEqualWriteTriesAFailedAdditionAgain ) {
+   initialize();
+   failsBefore( "+1/100=3001" );
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3001 ), "+1/100=3001" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+   failsNoMore();
+   ingress( key( 1, 100 ), 3001 );
+   EXPECT_EQ( record_.take(), "+1/100=3001" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, ARepeatedRemovalTriesAFailedDeletionAgain ) {
+   givenOne();
+   failsBefore( "-1/100" );
+   EXPECT_EQ( thrown( [ & ] { ingressDel( key( 1, 100 ) ); } ), "-1/100" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+   failsNoMore();
+   ingressDel( key( 1, 100 ) );
+   EXPECT_EQ( record_.take(), "-1/100" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, AKeyThatCannotTakeOverLeavesTheEarlierInForceAndTakesOverLater ) {
+   initialize();
+   ingress( key( 1, 100, 5 ), 3001 );
+   ingress( key( 1, 100, 6 ), 3002 );
+   record_.take();
+   failsBefore( "+1/100.6=3002" );
+   EXPECT_EQ( thrown( [ & ] { ingressDel( key( 1, 100, 5 ) ); } ), "+1/100.6=3002" );
+   EXPECT_EQ( record_.take(), "r1/100.5 -1/100.5 <1/100.5=3001" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+   failsNoMore();
+   ingress( key( 1, 100, 6 ), 3002 );
+   EXPECT_EQ( record_.take(), "r1/100.5 -1/100.5 +1/100.6=3002" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, AChangeMadeInsideAFailingDeletionIsTheOneThatIsAdded ) {
+   givenOne();
+   record_.after = [ & ]( const std::string& what ) {
+      if ( what == "-1/100" ) {
+         record_.after = {};
+         ingress( key( 1, 100 ), 3003 );
+         throw std::runtime_error( what );
+      }
+   };
+   EXPECT_EQ( ingressThrown( key( 1, 100 ), 3002 ), "-1/100" );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 +1/100=3003" );
+}
+
+TEST_F( IndexedSlaveSmTest, ARemovalInsideTheDeletionOfAChangeLeavesNothing ) {
+   givenOne();
+   once( "-1/100", [ & ] { ingressDel( key( 1, 100 ) ); } );
+   ingress( key( 1, 100 ), 3002 );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, WhatFailsInsideAReplayIsCountedAndTheOthersAreDelivered ) {
+   for ( std::uint16_t vlan = 100; vlan < 103; ++vlan ) {
+      ingress( key( 1, vlan ), 3001 );
+   }
+   egress( key( 1, 200 ), 3001 );
+   EXPECT_EQ( sm_->undelivered(), 4u );
+   failsBefore( "+1/101=3001" );
+   EXPECT_EQ( thrown( [ & ] { sm_->handleInitialized(); } ), "+1/101=3001" );
+   EXPECT_EQ( record_.take(), "+1/100=3001 +1/102=3001 e+1/200=3001" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+}
+
+TEST_F( IndexedSlaveSmTest, AFailedEgressHookIsCounted ) {
+   initialize();
+   failsBefore( "e+1/200=3001" );
+   EXPECT_EQ( thrown( [ & ] { egress( key( 1, 200 ), 3001 ); } ), "e+1/200=3001" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+   failsNoMore();
+   egress( key( 1, 200 ), 3001 );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+   failsBefore( "e-1/200" );
+   EXPECT_EQ( thrown( [ & ] { egressDel( key( 1, 200 ) ); } ), "e-1/200" );
+   EXPECT_EQ( sm_->undelivered(), 1u );
+}
+
+TEST_F( IndexedSlaveSmTest, ARecordThatComesBackAfterItsFailedDeletionIsDeliveredAgain ) {
+   initialize();
+   egress( key( 1, 200 ), 3001 );
+   failsAfter( "e-1/200" );
+   EXPECT_EQ( thrown( [ & ] { egressDel( key( 1, 200 ) ); } ), "e-1/200" );
+   failsNoMore();
+   egress( key( 1, 200 ), 3001 );
+   EXPECT_EQ( record_.shownEgress(), "1/200=3001" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, AKeyWhoseAdditionFailedHasItsSlotBeforeALaterOne ) {
+   initialize();
+   failsBefore( "+1/100.5=3001" );
+   EXPECT_EQ( ingressThrown( key( 1, 100, 5 ), 3001 ), "+1/100.5=3001" );
+   failsNoMore();
+   ingress( key( 1, 100, 6 ), 3002 );
+   EXPECT_EQ( record_.take(), "+1/100.5=3001" );
+   ingressDel( key( 1, 100, 5 ) );
+   EXPECT_EQ( record_.take(), "r1/100.5 -1/100.5 +1/100.6=3002" );
+}
+
+TEST_F( IndexedSlaveSmTest, AKeyThatWaitsForItsSlotIsNotUndelivered ) {
+   initialize();
+   ingress( key( 1, 100, 5 ), 3001 );
+   ingress( key( 1, 100, 6 ), 3002 );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, UndeliveredIsAnAttribute ) {
+   ingress( key( 1, 100 ), 3001 );
+   const Zel::Value object( {}, Zel::Ptr< Zel::PtrInterface >( sm_ ) );
+   EXPECT_EQ( Zel::zelStrep( Zel::zelAttribute( object, "undelivered", Zel::OpCode::Get ) ).str(),
+              "1" );
 }
 
 // The index knows port and VLAN alone: of keys that differ in the inner VLAN one is in force.
@@ -379,21 +661,24 @@ TEST_F( VlanMappingSlaveSmTest, AKeyThatChangesKeepsItsPlace ) {
    EXPECT_EQ( record_.take(), "+1/100.6=3001 -1/100.6 +1/100.6=3003" );
 }
 
-TEST_F( VlanMappingSlaveSmTest, AKeyThatIsRefusedAfterAChangeGivesItsPlaceToAWaitingOne ) {
+TEST_F( VlanMappingSlaveSmTest, AKeyWhoseChangeIsRefusedKeepsItsPlace ) {
    initialize();
    ingress( key( 1, 100, 5 ), 3001 );
    ingress( key( 1, 100, 6 ), 3002 );
    EXPECT_THROW( ingress( key( 1, 100, 5 ), 4095 ), Zel::RangeException );
-   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 !+1/100.5 +1/100.6=3002" );
+   EXPECT_EQ( record_.take(), "+1/100.5=3001" );
+   ingressDel( key( 1, 100, 5 ) );
+   EXPECT_EQ( record_.take(), "-1/100.5 +1/100.6=3002" );
 }
 
 TEST_F( VlanMappingSlaveSmTest, ARefusedWaitingKeyIsPassedOver ) {
    initialize();
    ingress( key( 1, 100, 5 ), 3001 );
-   ingress( key( 1, 100, 6 ), 4095 );
+   ingress( key( 1, 100, 6 ), 3002 );
+   EXPECT_THROW( ingress( key( 1, 100, 6 ), 4095 ), Zel::RangeException );
    ingress( key( 1, 100, 7 ), 3003 );
-   EXPECT_THROW( ingressDel( key( 1, 100, 5 ) ), Zel::RangeException );
-   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 !+1/100.6 +1/100.7=3003" );
+   ingressDel( key( 1, 100, 5 ) );
+   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 +1/100.7=3003" );
 }
 
 TEST_F( VlanMappingSlaveSmTest, WaitingKeysOfOtherPlacesStayWhereTheyAre ) {
@@ -475,26 +760,25 @@ TEST_F( VlanMappingSlaveSmTest, ADeletionMayRemoveTheKeyThatWaitsForThePlace ) {
    EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5" );
 }
 
-// A key that was quicker inside the deletion took the place, and the changed one was forgotten.
-TEST_F( VlanMappingSlaveSmTest, AChangedKeyWaitsWhenAnotherTookItsPlaceInsideTheDeletion ) {
+TEST_F( VlanMappingSlaveSmTest, AChangedKeyKeepsItsPlaceFromOneConfiguredInsideTheDeletion ) {
    initialize();
    ingress( key( 1, 100, 5 ), 3001 );
    once( "-1/100.5", [ & ] { ingress( key( 1, 100, 6 ), 3003 ); } );
    ingress( key( 1, 100, 5 ), 3002 );
-   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 +1/100.6=3003" );
-   ingressDel( key( 1, 100, 6 ) );
-   EXPECT_EQ( record_.take(), "-1/100.6 +1/100.5=3002" );
+   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 +1/100.5=3002" );
+   ingressDel( key( 1, 100, 5 ) );
+   EXPECT_EQ( record_.take(), "-1/100.5 +1/100.6=3003" );
 }
 
-TEST_F( VlanMappingSlaveSmTest, AWaitingKeyWaitsOnWhenAnotherTookThePlaceInsideTheDeletion ) {
+TEST_F( VlanMappingSlaveSmTest, AKeyConfiguredInsideADeletionWaitsLikeAnyOther ) {
    initialize();
    ingress( key( 1, 100, 5 ), 3001 );
-   ingress( key( 1, 100, 6 ), 3002 );
-   once( "-1/100.5", [ & ] { ingress( key( 1, 100, 7 ), 3003 ); } );
+   ingress( key( 1, 100, 7 ), 3002 );
+   once( "-1/100.5", [ & ] { ingress( key( 1, 100, 6 ), 3003 ); } );
    ingressDel( key( 1, 100, 5 ) );
-   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 +1/100.7=3003" );
-   ingressDel( key( 1, 100, 7 ) );
-   EXPECT_EQ( record_.take(), "-1/100.7 +1/100.6=3002" );
+   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5 +1/100.6=3003" );
+   ingressDel( key( 1, 100, 6 ) );
+   EXPECT_EQ( record_.take(), "-1/100.6 +1/100.7=3002" );
 }
 
 TEST_F( VlanMappingSlaveSmTest, AReplaysHooksMayChangeTheConfiguration ) {

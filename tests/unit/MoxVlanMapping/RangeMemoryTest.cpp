@@ -10,6 +10,7 @@
 #include <new>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Zel/AllocationTracker.h"
@@ -195,5 +196,87 @@ TEST_P( EmptiedIndexTest, GivesTheMemoryOfItsElementsBack ) {
 }
 
 INSTANTIATE_TEST_SUITE_P( TracedAndNot, EmptiedIndexTest, testing::Bool() );
+
+// The addition behind a deletion, with no memory but what was reserved before it.
+
+struct ChangeRow {
+   const char* name;
+   unsigned others;   ///< ranges of one id above, which decide on the form of the store
+   const char* before;
+   unsigned vid;
+   const char* after;
+
+   friend void PrintTo( const ChangeRow& row, std::ostream* out ) { *out << row.name; }
+};
+
+class ReservedChangeTest :
+    public RangeMgrTest,
+    public testing::WithParamInterface< std::tuple< ChangeRow, bool > > {
+ protected:
+   static constexpr unsigned kFirstOther = 1001;
+
+   void givenOthers() {
+      for ( unsigned i = 0; i < std::get< 0 >( GetParam() ).others; ++i ) {
+         add( kFirstOther + 2 * i, M );
+      }
+   }
+};
+
+TEST_P( ReservedChangeTest, AddsWithoutMemory ) {
+   const auto& [ row, traced ] = GetParam();
+   const TestSupport::TraceCapture traces( "MoxVlanRangeMgr", traced ? "*" : "" );
+   given( row.before );
+   givenOthers();
+   mgr_->changeReserve( kPort, vlan( row.vid ) );
+   del( row.vid );
+   {
+      const Exhausted exhausted;
+      const TestSupport::OperatorNewHook refuse( [] { throw std::bad_alloc(); } );
+      add( row.vid, N );
+   }
+   mgr_->changeRelease( kPort );
+   for ( unsigned i = 0; i < row.others; ++i ) {
+      del( kFirstOther + 2 * i );
+   }
+   EXPECT_EQ( ranges() + " / " + starts(), row.after );
+}
+
+INSTANTIATE_TEST_SUITE_P(
+   Cases, ReservedChangeTest,
+   testing::Combine(
+      testing::Values(
+         ChangeRow{ "OnlyRange", 0, "5-5 M", 5, "5-5 N / 5" },
+         ChangeRow{ "LowestId", 0, "10-12 M", 10, "10-10 N, 11-12 M / 11, 10" },
+         ChangeRow{ "HighestId", 0, "10-12 M", 12, "10-11 M, 12-12 N / 12, 10" },
+         ChangeRow{ "IdInside", 0, "10-12 M", 11, "10-10 M, 11-11 N, 12-12 M / 12, 11, 10" },
+         ChangeRow{ "FullArray", 2, "10-12 M, 20-20 M", 11,
+                    "10-10 M, 11-11 N, 12-12 M, 20-20 M / 20, 12, 11, 10" },
+         ChangeRow{ "Merge", 0, "10-10 N, 11-11 M, 12-12 N", 11, "10-12 N / 10" },
+         ChangeRow{ "FrontExtension", 0, "10-11 M, 12-12 N", 11, "10-10 M, 11-12 N / 11, 10" },
+         ChangeRow{ "LastOfTheArray", 269, "10-12 M", 11,
+                    "10-10 M, 11-11 N, 12-12 M / 12, 11, 10" },
+         ChangeRow{ "FirstOfTheTrie", 270, "10-12 M", 11,
+                    "10-10 M, 11-11 N, 12-12 M / 12, 11, 10" },
+         ChangeRow{ "PageOfItsOwn", 272, "60-66 M", 64,
+                    "60-63 M, 64-64 N, 65-66 M / 65, 64, 60" } ),
+      testing::Bool() ),
+   []( const auto& row ) {
+      return std::string( std::get< 0 >( row.param ).name ) +
+             ( std::get< 1 >( row.param ) ? "Traced" : "" );
+   } );
+
+TEST_F( RangeMgrTest, AChangeGivesBackWhatItReservedAndDidNotUse ) {
+   given( "5-5 M" );
+   const auto live = Zel::allocationCount( "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange" ).live;
+   mgr_->changeReserve( kPort, vlan( 5 ) );
+   del( 5 );
+   EXPECT_EQ( Zel::allocationCount( "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange" ).live, live );
+   mgr_->changeRelease( kPort );
+   EXPECT_EQ( Zel::allocationCount( "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange" ).live,
+              live - 1 );
+   const auto requests = TestSupport::newRequests();
+   entry().vlanIdRangeReserve( vlan( 5 ) );
+   EXPECT_GT( TestSupport::newRequests(), requests ) << "the room was kept";
+}
 
 }   // namespace
