@@ -3,41 +3,89 @@
 //
 #include "agent/Apply.h"
 
-#include <cstddef>
+#include <fmt/format.h>
 
+#include <cstddef>
+#include <new>
+#include <stdexcept>
+
+#include "Zel/FirstException.h"
 #include "agent/ProgressBar.h"
 
 namespace Agent {
+namespace {
 
-void
-applyConfiguration( ScaleAgent& agent, const Configuration& configuration ) {
+std::size_t
+recordsOf( const Configuration& configuration ) {
    std::size_t records = 0;
    for ( const Port& port : configuration.ports ) {
       records += port.ingress.size() + port.egress.size();
    }
-   ProgressBar progress( "applying", records );
+   return records;
+}
 
-   agent.stateMachine().handleInitialized();
+void
+writeAll( ScaleAgent& agent, const Configuration& configuration, Zel::FirstException& failed ) {
+   ProgressBar progress( "applying", recordsOf( configuration ) );
    // Aggregates first, so that the records of their members say so from the beginning.
    for ( const Port& port : configuration.ports ) {
-      const Corvel::IntfId id = agent.ports().id( port.name );
-      if ( port.lag ) {
-         agent.acsd().portToLagIs( id, agent.ports().id( *port.lag ) );
-      }
+      failed.run( [ & ] {
+         const Corvel::IntfId id = agent.ports().id( port.name );
+         if ( port.lag ) {
+            agent.acsd().portToLagIs( id, agent.ports().id( *port.lag ) );
+         }
+      } );
    }
    for ( const Port& port : configuration.ports ) {
       for ( const IngressMapping& mapping : port.ingress ) {
-         agent.acsd().ingressConfigDir()->configIs(
-            agent.record( port.name, mapping.vlan, mapping.relay ) );
+         failed.run( [ & ] {
+            agent.acsd().ingressConfigDir()->configIs(
+               agent.record( port.name, mapping.vlan, mapping.relay ) );
+         } );
          progress.step();
       }
       for ( const EgressMapping& mapping : port.egress ) {
-         agent.acsd().egressConfigDir()->configIs(
-            agent.record( port.name, mapping.relay, mapping.vlan ) );
+         failed.run( [ & ] {
+            agent.acsd().egressConfigDir()->configIs(
+               agent.record( port.name, mapping.relay, mapping.vlan ) );
+         } );
          progress.step();
       }
    }
-   agent.scheduler().runUntilIdle();
+}
+
+[[noreturn]] void
+giveUp( const ScaleAgent& agent, const Configuration& configuration,
+        const Zel::FirstException& failed ) {
+   try {
+      failed.throwOn();
+   } catch ( const std::bad_alloc& ) {
+      throw;
+   } catch ( const std::exception& error ) {
+      throw std::runtime_error( fmt::format( "gave up after {} tries, {} of {} mappings are not "
+                                             "delivered: {}",
+                                             kApplyTries, agent.stateMachine().undelivered(),
+                                             recordsOf( configuration ), error.what() ) );
+   }
+   throw std::logic_error( "nothing failed" );
+}
+
+}   // namespace
+
+void
+applyConfiguration( ScaleAgent& agent, const Configuration& configuration ) {
+   for ( unsigned tries = 1;; ++tries ) {
+      Zel::FirstException failed;
+      failed.run( [ & ] { agent.stateMachine().handleInitialized(); } );
+      writeAll( agent, configuration, failed );
+      failed.run( [ & ] { agent.scheduler().runUntilIdle(); } );
+      if ( !failed ) {
+         return;
+      }
+      if ( tries == kApplyTries ) {
+         giveUp( agent, configuration, failed );
+      }
+   }
 }
 
 }   // namespace Agent

@@ -9,7 +9,12 @@
 
 namespace Agent {
 
-/// Writes all of `configuration` and runs the scheduler until the schedule is drained.
+constexpr unsigned kApplyTries = 3;
+
+/// Writes all of `configuration` and runs the scheduler until the schedule is drained. When something
+/// fails, the rest is written all the same, and then all of it again, kApplyTries times in all;
+/// then std::bad_alloc is rethrown, and anything else as a std::runtime_error that says how many
+/// mappings are not delivered.
 void applyConfiguration( ScaleAgent& agent, const Configuration& configuration );
 
 }   // namespace Agent

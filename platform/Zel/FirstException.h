@@ -25,6 +25,8 @@ class FirstException {
          return false;
       }
    }
+   /// Whether there is one.
+   explicit operator bool() const { return first_ != nullptr; }
    void throwOn() const {
       if ( first_ ) {
          std::rethrow_exception( first_ );
