@@ -47,14 +47,16 @@ class ZEL_EXPORT Value {
       result.valueIs( value );
       return result;
    }
-   /// Becomes a copy of the value, or refers to the entity.
+   /// Becomes a copy of the value, or refers to the entity; a class that is not registered goes by
+   /// its nearest registered base, with and without an entity.
    template < class T >
    void valueIs( const T& value ) {
       valueIs( typeName< T >, &value );
    }
    template < class T >
    void valueIs( const Ptr< T >& entity ) {
-      entityIs( typeName< T >, const_cast< std::remove_const_t< T >* >( entity.get() ) );
+      entityIs( registeredName( &T::fwkType ),
+                const_cast< std::remove_const_t< T >* >( entity.get() ) );
    }
 
    /// Room for what fill() will bring: a default value or a null pointer.
@@ -100,6 +102,13 @@ class ZEL_EXPORT Value {
       const ValueHooks* hooks;
       void operator()( void* storage ) const noexcept { hooks->destroy( storage ); }
    };
+
+   // A registered class answers for its own type, and those that derive from it inherit the answer:
+   // a pointer to the function tells which class that is.
+   template < class Registered >
+   static constexpr const char* registeredName( TypeHandle ( Registered::* )() const ) {
+      return typeName< Registered >;
+   }
 
    Value( View value, const ValueHooks& hooks );
    // Out of line, since every row of every table gets here.

@@ -28,11 +28,10 @@ types() {
 
 Value
 codefOf( const std::vector< Value >& parts ) {
-   using Codef = MoxVlanMapping::MoxVlanRangeMappingCodef;
-   return Value::of( Zel::Ptr< Codef >( Zel::newEntity< TestSupport::SampleCodef >(
+   return Value::of( Zel::newEntity< TestSupport::SampleCodef >(
       parts[ 0 ].entity< Mox::MoxCommonSmData >(), parts[ 1 ].entity< Quen::TaskScheduler >(),
       parts[ 2 ].entity< MoxVlanMapping::VlanRangeEntryDir >(),
-      parts[ 3 ].entity< MoxVlanMapping::VlanXlateScheduleDir >() ) ) );
+      parts[ 3 ].entity< MoxVlanMapping::VlanXlateScheduleDir >() ) );
 }
 
 bool

@@ -42,7 +42,7 @@ class SharedCodefTest : public TestSupport::NoneLeftTest {
  protected:
    using Codef = MoxVlanMapping::MoxVlanRangeMappingCodef;
 
-   Value codef() const { return Value::of( Zel::Ptr< Codef >( collector_ ) ); }
+   Value codef() const { return Value::of( collector_ ); }
    Value call( const std::string& method, std::initializer_list< Value > arguments = {} ) const {
       return Zel::zelAttribute( codef(), method, OpCode::Call, arguments );
    }

@@ -64,7 +64,7 @@ class GenericCodefTest : public GenericAccess, protected TestSupport::Chain {
    using Codef = MoxVlanMapping::MoxVlanRangeMappingCodef;
 
    // A class that is not registered goes by its base's name.
-   Value codef() const { return Value::of( Zel::Ptr< Codef >( recording_ ) ); }
+   Value codef() const { return Value::of( recording_ ); }
    void schedule( std::uint64_t port ) {
       scheduleDir_->vlanXlateScheduleIs( Corvel::IntfId( port ) );
    }
@@ -75,6 +75,11 @@ class GenericCodefTest : public GenericAccess, protected TestSupport::Chain {
    const Zel::Ptr< RecordingCodef > recording_ =
       Zel::newEntity< RecordingCodef >( acsd_, scheduler_, rangeDir_, scheduleDir_ );
 };
+
+TEST_F( GenericCodefTest, ADerivedClassThatIsNotRegisteredIsSeenAsTheCodef ) {
+   EXPECT_EQ( codef().type(), Zel::zelTypeOf( "MoxVlanMapping::MoxVlanRangeMappingCodef" ) );
+   EXPECT_EQ( codef().entity< Codef >(), recording_ );
+}
 
 TEST_F( GenericCodefTest, ItsPointersAnswerWhatItWorksOn ) {
    EXPECT_EQ( done( codef(), 130, kGet ).entity(), acsd_ );

@@ -139,6 +139,21 @@ TEST_F( ValueTest, AnEntityOfAnUnregisteredClassGoesByItsNearestRegisteredBase )
    EXPECT_EQ( Value::of( stranger ).type(), type( "Zel::PtrInterface" ) );
 }
 
+TEST_F( ValueTest, APointerToAnUnregisteredClassGoesByItsNearestRegisteredBase ) {
+   const auto tile = Zel::newEntity< Shapes::Tile >();
+   EXPECT_EQ( Value::of( tile ).type(), type( "Shapes::Square" ) );
+   EXPECT_EQ( Value::of( tile ).entity< Square >(), tile );
+   const Zel::Ptr< const Shapes::Tile > constant = tile;
+   EXPECT_EQ( Value::of( constant ).type(), type( "Shapes::Square" ) );
+   const auto stranger = Zel::newEntity< Shapes::Stranger >();
+   EXPECT_EQ( Value::of( stranger ).type(), type( "Zel::PtrInterface" ) );
+}
+
+TEST_F( ValueTest, ANullPointerToAnUnregisteredClassGoesByTheSameBase ) {
+   EXPECT_EQ( Value::of( Zel::Ptr< Shapes::Tile >() ).type(), type( "Shapes::Square" ) );
+   EXPECT_EQ( Value::of( Zel::Ptr< Shapes::Stranger >() ).type(), type( "Zel::PtrInterface" ) );
+}
+
 TEST_F( ValueTest, AnEntityIsReadAsItsTypeOrABase ) {
    const auto entity = square( 5 );
    const Value value = Value::of( entity );
