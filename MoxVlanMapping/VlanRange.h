@@ -81,7 +81,8 @@ class ZEL_EXPORT ReverseStartIdVlanId {
    constexpr ReverseStartIdVlanId() = default;
    /// Not explicit: a VLAN id's number is a start wherever one is asked for. Throws
    /// Zel::RangeException "MoxVlanMapping::ReverseStartIdVlanId::value > 4094 not allowed".
-   constexpr ReverseStartIdVlanId( std::uint16_t value ) : value_( value ) {
+   constexpr ReverseStartIdVlanId( std::uint64_t value )
+       : value_( static_cast< std::uint16_t >( value ) ) {
       if ( value > Bridging::VlanId::kHighest ) [[unlikely]] {
          Zel::throwRangeException(
             "MoxVlanMapping::ReverseStartIdVlanId::value > 4094 not allowed" );

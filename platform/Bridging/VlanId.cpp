@@ -23,7 +23,7 @@ operator<<( std::ostream& out, const VlanId& id ) {
    return out << id.value();
 }
 
-VlanIdOrNone::VlanIdOrNone( std::uint32_t number )
+VlanIdOrNone::VlanIdOrNone( std::uint64_t number )
     : value_( static_cast< std::uint16_t >( number ) ) {
    if ( number > VlanId::kHighest ) {
       Zel::throwRangeException( "Bridging::VlanIdOrNone::value > 4094 not allowed" );

@@ -3,7 +3,8 @@
 //
 // VlanId, VlanIdOrNone: VLAN identifiers of IEEE 802.1Q (clause 9.6). Plain values.
 //
-// A number is checked when a value is formed from it. fromRaw() takes any 16 bits unchecked, for
+// A number is checked as a whole, however wide, when a value is formed from it; one below zero is
+// above all. fromRaw() takes any 16 bits unchecked, for
 // records that come from outside; whoever uses such a value is where it is refused.
 #pragma once
 
@@ -26,7 +27,7 @@ class ZEL_EXPORT VlanId {
 
    constexpr VlanId() = default;
    /// Throws Zel::RangeException "Bridging::VlanId::value < 1 or > 4094 not allowed".
-   explicit constexpr VlanId( std::uint32_t number )
+   explicit constexpr VlanId( std::uint64_t number )
        : value_( static_cast< std::uint16_t >( number ) ) {
       if ( number < kLowest || number > kHighest ) [[unlikely]] {
          Zel::throwRangeException( "Bridging::VlanId::value < 1 or > 4094 not allowed" );
@@ -71,7 +72,7 @@ class ZEL_EXPORT VlanIdOrNone {
    static constexpr char zelTypeName[] = "Bridging::VlanIdOrNone";
    constexpr VlanIdOrNone() = default;
    /// Throws Zel::RangeException "Bridging::VlanIdOrNone::value > 4094 not allowed".
-   explicit VlanIdOrNone( std::uint32_t number );
+   explicit VlanIdOrNone( std::uint64_t number );
    /// Parses a bare number; checked as above.
    VlanIdOrNone( Zel::StringIterator& current, Zel::StringIterator end );
 

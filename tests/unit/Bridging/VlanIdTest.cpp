@@ -66,6 +66,23 @@ TEST( VlanId, ChecksTheNumberBeforeItIsCutToSixteenBits ) {
    EXPECT_EQ( rangeError( [] { VlanId( 65537 ); } ), kVlanIdError );
 }
 
+// All but the last of each list end in the bits of an id.
+constexpr std::uint64_t kWide[] = { 1ull << 32 | 5, 1ull << 63 | 5, ~0ull };
+constexpr std::int64_t kNegative[] = { INT64_MIN + 5, -( 1ll << 32 ) + 5, -65536 + 5, -1 };
+
+TEST( VlanId, ANumberOfAnyWidthAndSignIsCheckedAsAWhole ) {
+   for ( const std::uint64_t number : kWide ) {
+      EXPECT_EQ( rangeError( [ & ] { VlanId id( number ); } ), kVlanIdError ) << number;
+   }
+   for ( const std::int64_t number : kNegative ) {
+      EXPECT_EQ( rangeError( [ & ] { VlanId id( number ); } ), kVlanIdError ) << number;
+   }
+   const signed char least = -1;
+   EXPECT_EQ( rangeError( [ & ] { VlanId id( least ); } ), kVlanIdError );
+   EXPECT_EQ( VlanId( std::uint64_t{ 4094 } ).value(), 4094 );
+   EXPECT_EQ( VlanId( std::int64_t{ 4094 } ).value(), 4094 );
+}
+
 TEST( VlanId, FromRawTakesAnySixteenBits ) {
    for ( const auto bits : std::initializer_list< std::uint16_t >{ 0, 1, 4094, 4095, 65535 } ) {
       EXPECT_EQ( VlanId::fromRaw( bits ).value(), bits );
@@ -113,6 +130,17 @@ TEST( VlanIdOrNone, RefusesAbove4094 ) {
    for ( const std::uint32_t number : { 4095u, 65535u, 65536u } ) {
       EXPECT_EQ( rangeError( [ & ] { VlanIdOrNone{ number }; } ), kOrNoneError ) << number;
    }
+}
+
+TEST( VlanIdOrNone, ANumberOfAnyWidthAndSignIsCheckedAsAWhole ) {
+   for ( const std::uint64_t number : kWide ) {
+      EXPECT_EQ( rangeError( [ & ] { VlanIdOrNone id( number ); } ), kOrNoneError ) << number;
+   }
+   for ( const std::int64_t number : kNegative ) {
+      EXPECT_EQ( rangeError( [ & ] { VlanIdOrNone id( number ); } ), kOrNoneError ) << number;
+   }
+   EXPECT_EQ( rangeError( [] { VlanIdOrNone( 1ull << 32 ); } ), kOrNoneError );
+   EXPECT_EQ( VlanIdOrNone( std::int64_t{ 4094 } ).value(), 4094 );
 }
 
 TEST( VlanIdOrNone, ComparesByItsNumber ) {

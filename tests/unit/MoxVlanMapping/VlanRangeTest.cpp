@@ -274,6 +274,22 @@ TEST( ReverseStartIdVlanId, RefusesMoreThanTheHighestVlan ) {
    }
 }
 
+// Cut to sixteen bits each would be a start.
+TEST( ReverseStartIdVlanId, ANumberOfAnyWidthAndSignIsCheckedAsAWhole ) {
+   for ( const std::uint64_t number : { 1ull << 16 | 5, 1ull << 32 | 5, 1ull << 63 } ) {
+      EXPECT_EQ(
+         thrownText< Zel::RangeException >( [ & ] { ReverseStartIdVlanId start( number ); } ),
+         kStartRefused );
+   }
+   for ( const auto number :
+         std::initializer_list< std::int64_t >{ INT64_MIN, -( 1ll << 32 ) + 5, -65536 } ) {
+      EXPECT_EQ(
+         thrownText< Zel::RangeException >( [ & ] { ReverseStartIdVlanId start( number ); } ),
+         kStartRefused );
+   }
+   EXPECT_EQ( ReverseStartIdVlanId( std::int64_t{ 4094 } ).value(), 4094 );
+}
+
 TEST( ReverseStartIdVlanId, OrdersHigherNumbersFirst ) {
    EXPECT_TRUE( ReverseStartIdVlanId( 11 ) < ReverseStartIdVlanId( 10 ) );
    EXPECT_FALSE( ReverseStartIdVlanId( 10 ) < ReverseStartIdVlanId( 11 ) );
