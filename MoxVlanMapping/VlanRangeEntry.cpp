@@ -157,8 +157,17 @@ VlanXlateScheduleDir::vlanXlateScheduleDel( Corvel::IntfId intfId ) {
 void
 VlanXlateScheduleDir::vlanXlateScheduleDelAll() {
    const Zel::Ptr< VlanXlateScheduleDir > self( this );   // a reactor may drop the last other one
+   const auto last = vlanXlateSchedule_.last();
+   if ( !last ) {
+      return;
+   }
+   // What reactors mark meanwhile stands behind the last one, which they may take away, too.
+   const auto behindLast = [ & ] {
+      auto at = last;
+      return ++at;
+   };
    Zel::FirstException failed;
-   for ( auto at = vlanXlateSchedule_.first(); at; ++at ) {
+   for ( auto at = vlanXlateSchedule_.first(); at != behindLast(); ++at ) {
       failed.run( [ & ] { vlanXlateScheduleDel( at->key() ); } );
    }
    failed.throwOn();

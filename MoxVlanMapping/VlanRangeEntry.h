@@ -193,8 +193,8 @@ class ZEL_EXPORT VlanXlateScheduleDir : public Zel::PtrInterface {
    void vlanXlateScheduleReserve() { vlanXlateSchedule_.reserveOne(); }
    /// Removes the interface and notifies; false and silent when it did not wait.
    bool vlanXlateScheduleDel( Corvel::IntfId intfId );
-   /// Removes every interface, with one notification each; then throws on what the first reactor
-   /// that failed threw.
+   /// Removes every interface that waits now, with one notification each; what a reactor marks
+   /// meanwhile stays. Then throws on what the first reactor that failed threw.
    void vlanXlateScheduleDelAll();
 
    Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }

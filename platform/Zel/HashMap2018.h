@@ -71,6 +71,8 @@ class HashMap2018 {
    std::uint32_t seed() const { return table_.seed(); }
 
    Iterator first() const { return { *this, typed( table_.first() ) }; }
+   /// The element that came last; at the end in an empty collection.
+   Iterator last() const { return { *this, typed( table_.last() ) }; }
    Iterator begin() const { return first(); }
    std::default_sentinel_t end() const { return {}; }
 
@@ -122,10 +124,11 @@ class HashMap2018 {
       ZEL_ASSERT( at.walks( *this ) );
       return at && at->linked() ? unlink( *at ) : nullptr;
    }
+   /// Takes out what is stored now; what is inserted when a node goes stays.
    void deleteAll() {
       // One by one: what runs when a node goes may look others up.
-      while ( const HashNode* node = table_.first() ) {
-         unlink( *typed( node ) );
+      for ( std::uint32_t known = size(); known > 0 && !empty(); --known ) {
+         unlink( *typed( table_.first() ) );
       }
    }
 

@@ -44,6 +44,15 @@ HashTable::stored( Detail::HashThread* at ) const {
    return at == &thread_ ? nullptr : static_cast< HashNode* >( at );
 }
 
+HashNode*
+HashTable::last() const {
+   Detail::HashThread* at = thread_.prev;
+   while ( at != &thread_ && !static_cast< HashNode* >( at )->linked() ) {
+      at = at->prev;
+   }
+   return at == &thread_ ? nullptr : static_cast< HashNode* >( at );
+}
+
 void
 HashTable::reserveOne() {
    const std::uint32_t buckets = buckets_ ? mask_ + 1 : 0;

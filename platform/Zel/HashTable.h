@@ -70,6 +70,7 @@ class ZEL_EXPORT HashTable {
    static HashNode* bucketNext( const HashNode& node ) { return node.bucketNext_; }
 
    HashNode* first() const { return stored( thread_.next ); }
+   HashNode* last() const;
    /// What stands behind a stored node; null when that is the end or is gone.
    HashNode* follower( const HashNode& node ) const {
       if ( node.next == &thread_ ) {

@@ -141,14 +141,14 @@ KeyIndex::take( Lane lane, KeyPlace place ) {
 }
 
 // One by one, for what runs when a node goes may look others up; downwards, so that an array moves
-// nothing.
+// nothing, and once, so that it ends whatever is inserted meanwhile.
 void
 KeyIndex::clear( Lane lane ) {
-   KeyPlace place = kHighest;
-   while ( size_[ lane ] != 0 ) {
-      const At found = atOrBelow( lane, place );
-      place = found.value ? static_cast< KeyPlace >( found.place ) : kHighest;
+   At at = atOrBelow( lane, kHighest );
+   while ( at.value ) {
+      const auto place = static_cast< KeyPlace >( at.place );
       take( lane, place );
+      at = place > 0 ? atOrBelow( lane, static_cast< KeyPlace >( place - 1 ) ) : At{};
    }
 }
 

@@ -123,6 +123,43 @@ TEST_F( VlanXlateScheduleDirTest, DeletingAllBearsAReactorThatDeletesTheNext ) {
    EXPECT_EQ( listener_->heard(), "130: 1 of {2, 3}\n130: 2 of {3}\n130: 3 of {}\n" );
 }
 
+TEST_F( VlanXlateScheduleDirTest, DeletingAllEndsThoughAReactorMarksAgainWhatItIsToldOf ) {
+   for ( const unsigned intf : { 1u, 2u } ) {
+      dir_->vlanXlateScheduleIs( IntfId( intf ) );
+   }
+   listener_->heard();
+   int marks = 0;
+   listener_->reactIs( [ & ] {
+      ASSERT_LE( ++marks, 4 ) << "it deletes what came meanwhile";
+      for ( const unsigned intf : { 1u, 2u } ) {
+         dir_->vlanXlateScheduleIs( IntfId( intf ) );
+      }
+   } );
+   dir_->vlanXlateScheduleDelAll();
+   listener_->reactIs( {} );
+   EXPECT_EQ( listener_->heard(), "130: 1 of {2}\n130: 1 of {2, 1}\n"
+                                  "130: 2 of {1}\n130: 2 of {1, 2}\n" );
+   EXPECT_EQ( schedule(), "1, 2" );
+}
+
+// The reactor takes away the last member, at which deleting all was to stop, before its turn.
+TEST_F( VlanXlateScheduleDirTest, DeletingAllLeavesNewcomersThoughTheLastMemberWentEarly ) {
+   for ( const unsigned intf : { 1u, 2u, 3u } ) {
+      dir_->vlanXlateScheduleIs( IntfId( intf ) );
+   }
+   listener_->heard();
+   listener_->reactIs( [ this ] {
+      listener_->reactIs( {} );
+      dir_->vlanXlateScheduleDel( IntfId( 3 ) );
+      dir_->vlanXlateScheduleIs( IntfId( 3 ) );
+      dir_->vlanXlateScheduleIs( IntfId( 4 ) );
+   } );
+   dir_->vlanXlateScheduleDelAll();
+   EXPECT_EQ( schedule(), "3, 4" );
+   EXPECT_EQ( listener_->heard(), "130: 1 of {2, 3}\n130: 3 of {2}\n130: 3 of {2, 3}\n"
+                                  "130: 4 of {2, 3, 4}\n130: 2 of {3, 4}\n" );
+}
+
 TEST_F( VlanXlateScheduleDirTest, DeletingAllBearsAReactorThatDropsTheDirectory ) {
    dir_->vlanXlateScheduleIs( IntfId( 1 ) );
    dir_->vlanXlateScheduleIs( IntfId( 2 ) );

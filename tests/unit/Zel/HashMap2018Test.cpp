@@ -322,6 +322,50 @@ TEST_F( HashMap2018Test, RemembersNoElementThatWentWhileAllWereDeleted ) {
    }
 }
 
+// Puts one like itself into its place when it goes, while `lives` last.
+class ComingAgain : public Zel::HashSetNode< std::uint32_t > {
+ public:
+   static constexpr char zelTypeName[] = "HashMap2018Test::ComingAgain";
+   using Set = Zel::HashMap2018< ComingAgain, 1 >;
+
+ protected:
+   ComingAgain( std::uint32_t key, Set& set, int& lives )
+       : HashSetNode( key ), set_( set ), lives_( lives ) {}
+   ~ComingAgain() override {
+      if ( lives_ > 0 ) {
+         --lives_;
+         set_.insert( Zel::newEntity< ComingAgain >( key(), set_, lives_ ) );
+      }
+   }
+
+ private:
+   Set& set_;
+   int& lives_;
+};
+
+TEST_F( HashMap2018Test, DeletingAllLeavesWhatComesMeanwhile ) {
+   int lives = 100;
+   ComingAgain::Set set;
+   for ( std::uint32_t key = 1; key <= 3; ++key ) {
+      set.insert( Zel::newEntity< ComingAgain >( key, set, lives ) );
+   }
+   set.deleteAll();
+   EXPECT_EQ( lives, 97 );
+   EXPECT_EQ( set.size(), 3u );
+   set.verify();
+   lives = 0;
+}
+
+TEST_F( HashMap2018Test, TheLastElementIsTheOneThatCameLast ) {
+   EXPECT_FALSE( map_.last() );
+   map_.is( 7, 1 );
+   map_.is( 3, 1 );
+   const auto held = map_.last();
+   EXPECT_EQ( held->key(), 3u );
+   map_.erase( 3 );
+   EXPECT_EQ( map_.last()->key(), 7u );
+}
+
 TEST_F( HashMap2018Test, RemembersNoElementThatWasDeleted ) {
    map_.is( 5, 50 );
    EXPECT_TRUE( map_.contains( 5 ) );

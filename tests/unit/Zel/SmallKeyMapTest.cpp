@@ -145,6 +145,42 @@ doneWithoutMemory( const Act& act ) {
    }
 }
 
+// Puts one like itself into its place when it goes, while `lives` last.
+class ComingAgain : public Zel::SmallKeyNode {
+ public:
+   static constexpr char zelTypeName[] = "SmallKeyMapTest::ComingAgain";
+   using Map = Zel::SmallKeyMap< ComingAgain, Zel::KeyIndex::kFirst >;
+   const Small& key() const { return key_; }
+
+ protected:
+   ComingAgain( Small key, Map& map, int& lives ) : key_( key ), map_( map ), lives_( lives ) {}
+   ~ComingAgain() override {
+      if ( lives_ > 0 ) {
+         --lives_;
+         map_.insert( Zel::newEntity< ComingAgain >( key_, map_, lives_ ) );
+      }
+   }
+
+ private:
+   const Small key_;
+   Map& map_;
+   int& lives_;
+};
+
+TEST_F( SmallKeyMapTest, DeletingAllLeavesWhatComesMeanwhile ) {
+   int lives = 100;
+   Zel::KeyIndex index;
+   ComingAgain::Map map( index );
+   for ( const std::uint32_t key : { 0u, 5u, 65535u } ) {
+      map.insert( Zel::newEntity< ComingAgain >( Small{ key }, map, lives ) );
+   }
+   map.deleteAll();
+   EXPECT_EQ( lives, 97 );
+   EXPECT_EQ( map.size(), 3u );
+   map.verify();
+   lives = 0;
+}
+
 TEST_F( SmallKeyMapTest, InsertionWithoutMemoryChangesNothing ) {
    for ( std::uint32_t keys = 0; keys <= 2 * Zel::KeyIndex::kMostFew; ++keys ) {
       const std::string before = ascending_.show();
