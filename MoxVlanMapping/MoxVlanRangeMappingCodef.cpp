@@ -106,7 +106,7 @@ MoxVlanRangeMappingCodef::ZelAcsd::onAttribute( Zel::AttributeId attribute, cons
    if ( attribute != Mox::MoxCommonSmData::kAttrPortToLag || zelMarkedForDeletion() ) {
       return;
    }
-   if ( const Zel::Ptr< MoxVlanRangeMappingCodef > codef{ owner() } ) {
+   if ( const Zel::Ptr< MoxVlanRangeMappingCodef > codef = heldOwner() ) {
       codef->zel_handleAcsd_portToLag( *static_cast< const Corvel::IntfId* >( key ) );
    }
 }
@@ -117,8 +117,8 @@ MoxVlanRangeMappingCodef::ZelVlanXlateScheduleDir::onAttribute( Zel::AttributeId
    if ( attribute != VlanXlateScheduleDir::kAttrVlanXlateSchedule || zelMarkedForDeletion() ) {
       return;
    }
-   if ( owner() ) {
-      if ( const Zel::Ptr< Quen::Task > task = owner()->task() ) {
+   if ( const Zel::Ptr< MoxVlanRangeMappingCodef > codef = heldOwner() ) {
+      if ( const Zel::Ptr< Quen::Task > task = codef->task() ) {
          task->scheduleTask();
       }
    }
@@ -129,8 +129,8 @@ MoxVlanRangeMappingCodef::ZelTask::onAttribute( Zel::AttributeId attribute, cons
    if ( attribute != Quen::Task::kRun || zelMarkedForDeletion() ) {
       return;
    }
-   if ( owner() ) {
-      owner()->drainBacklog();
+   if ( const Zel::Ptr< MoxVlanRangeMappingCodef > codef = heldOwner() ) {
+      codef->drainBacklog();
    }
 }
 

@@ -138,7 +138,7 @@ VlanMappingSlaveSm::ZelIngressConfigDir::onAttribute( Zel::AttributeId attribute
    if ( attribute != MoxVlanMappingConfigDir::kAttrConfig || zelMarkedForDeletion() ) {
       return;
    }
-   if ( const Zel::Ptr< VlanMappingSlaveSm > sm{ owner() }; sm && sm->initialized_ ) {
+   if ( const Zel::Ptr< VlanMappingSlaveSm > sm = heldOwner(); sm && sm->initialized_ ) {
       sm->handleIngressConfig( *static_cast< const PortVlanKey* >( key ) );
    }
 }
@@ -148,7 +148,7 @@ VlanMappingSlaveSm::ZelEgressConfigDir::onAttribute( Zel::AttributeId attribute,
    if ( attribute != MoxVlanMappingConfigDir::kAttrConfig || zelMarkedForDeletion() ) {
       return;
    }
-   if ( const Zel::Ptr< VlanMappingSlaveSm > sm{ owner() }; sm && sm->initialized_ ) {
+   if ( const Zel::Ptr< VlanMappingSlaveSm > sm = heldOwner(); sm && sm->initialized_ ) {
       sm->handleEgressConfig( *static_cast< const PortVlanKey* >( key ) );
    }
 }

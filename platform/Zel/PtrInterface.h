@@ -97,6 +97,8 @@ class ZEL_EXPORT PtrInterface {
    PtrInterface& operator=( const PtrInterface& ) = delete;
 
    bool hasNotificationActive() const { return word_.flag( ReferenceWord::kNotificationActive ); }
+   /// Whether the last reference went and a destructor runs.
+   bool zelDestroying() const { return word_.flag( ReferenceWord::kDestroying ); }
    bool zelMarkedForDeletion() const { return word_.flag( ReferenceWord::kMarkedForDeletion ); }
    void zelMarkedForDeletionIs( bool marked ) {
       word_.flagIs( ReferenceWord::kMarkedForDeletion, marked );

@@ -5,7 +5,8 @@
 //
 // The owner holds the reactor, the reactor holds the notifier, and the pointer back to the owner
 // is plain: the owner clears it (ownerIs( nullptr )) before it goes. A reactor whose owner is
-// cleared reacts to nothing.
+// cleared reacts to nothing. Nor does one whose owner is being destroyed, if it goes by
+// heldOwner(): what fires inside the destructor of a derived class would find half an object.
 #pragma once
 
 #include "Zel/Notifiee.h"
@@ -21,6 +22,8 @@ class Reactor : public PtrInterface::NotifieeConst {
 
    /// Null after the owner cleared it.
    Owner* owner() const { return owner_; }
+   /// The owner, an entity, for the length of a reaction; null, too, while it is being destroyed.
+   Ptr< Owner > heldOwner() const { return owner_ && !owner_->zelDestroying() ? owner_ : nullptr; }
    void ownerIs( Owner* owner ) { owner_ = owner; }
 
  protected:

@@ -337,6 +337,42 @@ TEST_F( CodefDestructionTest, ItsNotifieesReactToNothingAfterwards ) {
    EXPECT_EQ( waiting(), "" );
 }
 
+// Its destructor leaves the zombie step to the base's, and changes what the base still watches.
+class CarelessCodef : public RecordingCodef {
+ public:
+   static constexpr char zelTypeName[] = "CarelessCodef";
+
+ protected:
+   template < class... Args >
+   explicit CarelessCodef( std::string& heard, const Args&... args )
+       : RecordingCodef( args... ), heard_( heard ) {}
+   ~CarelessCodef() override {
+      const Zel::Ptr< Quen::Task > vlanRangeScale = task();
+      acsd()->portToLagIs( IntfId( 1 ), IntfId( 100 ) );
+      acsd()->portToLagDel( IntfId( 1 ) );
+      vlanXlateScheduleDir()->vlanXlateScheduleIs( IntfId( 2 ) );
+      vlanRangeScale->scheduleTask();
+      scheduler()->runUntilIdle();
+      heard_ = record() + ( vlanRangeScale->scheduled() ? "scheduled" : "" );
+   }
+
+ private:
+   std::string& heard_;
+};
+
+TEST_F( CodefDestructionTest, NothingThatFiresInsideADerivedDestructorReachesIt ) {
+   settle();
+   std::string heard = "nothing yet";
+   auto careless =
+      Zel::newEntity< CarelessCodef >( heard, acsd_, scheduler_, rangeDir_, scheduleDir_ );
+   scheduler_->runUntilIdle();
+   EXPECT_EQ( careless->record(), "complete\n" );
+   codef_->zelDoZombieReactors( true );   // the fixture's own would drain the schedule
+   careless = nullptr;
+   EXPECT_EQ( heard, "" );
+   EXPECT_EQ( waiting(), "2" );
+}
+
 TEST_F( CodefDestructionTest, WithoutNotifieesItGoesAsWell ) {
    auto codef = Zel::newEntity< RecordingCodef >( nullptr, scheduler_, rangeDir_, nullptr );
    codef->taskDel();

@@ -271,6 +271,31 @@ TEST_F( ScaleSlaveSmLifeTest, DestructionStopsReactionsThenReleasesInReverseOrde
    EXPECT_EQ( capture.text(), "" );
 }
 
+// Its destructor leaves the zombie step to the base's, and writes configuration.
+class CarelessSm : public VlanMappingScaleSlaveSm {
+ public:
+   static constexpr char zelTypeName[] = "CarelessSm";
+
+ protected:
+   using VlanMappingScaleSlaveSm::VlanMappingScaleSlaveSm;
+   ~CarelessSm() override {
+      const Mox::MoxVlanMappingConfig config(
+         Mox::PortVlanKey( Corvel::IntfId( 7 ), Bridging::VlanId( 100 ) ),
+         TestSupport::mappingOf( 'M' ) );
+      acsd()->ingressConfigDir()->configIs( config );
+      acsd()->egressConfigDir()->configIs( config );
+   }
+};
+
+TEST_F( ScaleSlaveSmLifeTest, NothingThatFiresInsideADerivedDestructorReachesIt ) {
+   sm_ = nullptr;
+   auto careless = Zel::newEntity< CarelessSm >( acsd_, clock_, bridgingConfig_,
+                                                 vlanXlateStatusDir_, rangeDir_, scheduleDir_ );
+   careless->handleInitialized();
+   careless = nullptr;
+   EXPECT_EQ( index() + schedule() + status(), "" );
+}
+
 TEST_F( ScaleSlaveSmLifeTest, AfterDestructionNobodyIsTold ) {
    sm_->handleInitialized();
    sm_ = nullptr;

@@ -57,6 +57,49 @@ TEST_F( ReactorTest, AClearedOwnerIsNotReached ) {
    EXPECT_EQ( watcher_.flashes, 0 );
 }
 
+// An owner that is told of something while its destructor runs, and has not cleared the way back.
+class DyingOwner : public Zel::PtrInterface {
+ public:
+   static constexpr char zelTypeName[] = "ReactorTest::DyingOwner";
+   int flashes() const { return flashes_; }
+
+ protected:
+   DyingOwner( const Zel::Ptr< Lamp >& lamp, int& heard )
+       : lamp_( lamp ), heard_( heard ), watch_( Zel::newEntity< Watch >( lamp, this ) ) {}
+   ~DyingOwner() override {
+      lamp_->flash();
+      heard_ = flashes_;
+   }
+
+ private:
+   class Watch : public Zel::Reactor< Lamp, DyingOwner > {
+    public:
+      static constexpr char zelTypeName[] = "ReactorTest::DyingOwner::Watch";
+      void onAttribute( Zel::AttributeId, const void* ) override {
+         if ( const Zel::Ptr< DyingOwner > held = heldOwner() ) {
+            ++held->flashes_;
+         }
+      }
+
+    protected:
+      using Reactor::Reactor;
+   };
+
+   const Zel::Ptr< Lamp > lamp_;
+   int& heard_;
+   int flashes_ = 0;
+   const Zel::Ptr< Watch > watch_;
+};
+
+TEST_F( ReactorTest, AnOwnerThatIsBeingDestroyedIsNotReached ) {
+   int heard = 0;
+   auto owner = Zel::newEntity< DyingOwner >( lamp_, heard );
+   lamp_->flash();
+   EXPECT_EQ( owner->flashes(), 1 );
+   owner = nullptr;
+   EXPECT_EQ( heard, 1 );
+}
+
 TEST_F( ReactorTest, WatchesAnotherNotifierWhenToldTo ) {
    const auto other = Zel::newEntity< Lamp >();
    reactor_->notifierIs( other );
