@@ -11,7 +11,8 @@
 // Empty mapping  As argument of the bound tests it matches a range of any mapping. A range [1..1]
 //                with the empty mapping cannot be told from "no range"; do not store it.
 // Entries        Every operation makes the interface's entry when there is none.
-// Cost           O(1), whatever the number of ranges; at most four changes of the collections.
+// Cost           O(1), whatever the number of ranges, while nobody else changes the collections
+//                (VlanRangeEntry.h); at most four changes of them.
 // Memory         std::bad_alloc leaves the index as it was; changeReserve() extends that over a deletion
 //                and the addition behind it.
 // Throws         Zel::RangeException for ids that are not VLAN ids (VlanId::fromRaw); adding and

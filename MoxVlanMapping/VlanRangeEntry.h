@@ -25,7 +25,10 @@
 namespace MoxVlanMapping {
 
 /// One interface's ranges, twice: by start id ascending with the whole range, and the start ids
-/// alone descending. Every operation on one element is O(1) while both have the same starts.
+/// alone descending. Every operation on one element is O(1) while both have the same starts, as
+/// they have unless somebody else than the range manager changes them. While they differ, a search
+/// for the first element or the one at or behind a key (findElementOrNext), and each step of an
+/// iterator, pass over the starts that only the other collection has, one by one: O(n) in these.
 class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
  public:
    static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry";

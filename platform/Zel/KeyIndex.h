@@ -13,7 +13,8 @@
 // Memory     18 bytes a place in the array, which doubles and keeps its room until trim(); the
 //            trie's pages go back when kMostFew / 2 places are left.
 // Cost       One node: O(1), counting the at most kMostFew moves in the array as such, while both
-//            collections have the same places; up to O(n) while they do not. All: O(n).
+//            collections have the same places. While they do not, a search at or beside a place
+//            is O(n) in the places that only the other collection has. All: O(n).
 // Throws     std::bad_alloc from reserve() and insertOrFind(), with nothing changed.
 // Threads    One thread, no locks; that goes for searches too, which remember what they found.
 #pragma once

@@ -19,7 +19,8 @@
 //
 // Ownership  Holds its node; the collection must outlive the iterator (hold its entity by Ptr).
 // Cost       ++ on a stored element O(1) amortised; on one that is gone O(log n) in RbTreeMap,
-//            O(1) in SmallKeyMap, O(1) amortised in HashMap2018.
+//            O(1) amortised in HashMap2018. In SmallKeyMap that of its index: O(1) while both
+//            collections in it have the same keys, else O(n) in those of the other alone.
 #pragma once
 
 #include <iterator>
