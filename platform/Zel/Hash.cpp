@@ -4,9 +4,9 @@
 #include "Zel/Hash.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <random>
 
+#include "Zel/Environment.h"
 #include "Zel/Exception.h"
 #include "Zel/Parse.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 std::uint32_t
 initialSeed() {
-   if ( const char* fixed = std::getenv( "ZEL_HASH_SEED" ) ) {
+   if ( const char* fixed = environmentVariable( "ZEL_HASH_SEED" ) ) {
       const String text( fixed );
       try {
          StringIterator current = text.begin();

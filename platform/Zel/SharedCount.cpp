@@ -3,15 +3,16 @@
 //
 #include "Zel/SharedCount.h"
 
-#include <cstdlib>
 #include <string_view>
+
+#include "Zel/Environment.h"
 
 namespace Zel {
 namespace {
 
 bool
 switchedOnByEnvironment() {
-   const char* value = std::getenv( "ZEL_THREAD_SAFE_PTR" );
+   const char* value = environmentVariable( "ZEL_THREAD_SAFE_PTR" );
    return value != nullptr && std::string_view( value ) == "1";
 }
 

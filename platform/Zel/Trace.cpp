@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <utility>
 
+#include "Zel/Environment.h"
 #include "Zel/Parse.h"
 #include "Zel/String.h"
 
@@ -141,7 +141,7 @@ TraceRegistry::instance() {
    static auto* registry = [] {
       auto made = std::make_unique< TraceRegistry >();
       made->sink = writeToStandardError;
-      if ( const char* list = std::getenv( "ZEL_TRACE" ) ) {
+      if ( const char* list = environmentVariable( "ZEL_TRACE" ) ) {
          try {
             made->settings = parseSettings( list );
          } catch ( const ParseException& error ) {
