@@ -5,8 +5,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <system_error>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -28,21 +28,48 @@ fileError( int error, const char* step, const std::string& path ) {
                             std::string( "Pelrec trace: cannot " ) + step + " " + path );
 }
 
-// A new file, removed again unless it is kept.
+// Whether a file of ours stands at `path`. Throws when something else does: it is not ours to
+// replace.
+bool
+ringStandsAt( const std::string& path ) {
+   struct stat status {};
+   if ( lstat( path.c_str(), &status ) != 0 ) {
+      return false;   // what is wrong there, creating a file will tell
+   }
+   std::uint64_t start = 0;
+   if ( S_ISREG( status.st_mode ) ) {
+      // It may be something else by now.
+      const int file = open( path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC );
+      if ( file < 0 ) {
+         fileError( errno, "look into", path );
+      }
+      if ( read( file, &start, sizeof start ) != sizeof start ) {
+         start = 0;
+      }
+      close( file );
+   }
+   if ( start != kMagic ) {
+      fileError( EEXIST, "replace what is no ring file:", path );
+   }
+   return true;
+}
+
+// A new file of a random name beside `path`, removed again unless it is kept. Nobody else has it
+// open or can open it but its owner, so nobody shortens it under the mapping.
 class NewFile {
  public:
-   explicit NewFile( std::string path )
-       : path_( std::move( path ) ),
-         descriptor_(
-            open( path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0640 ) ) {
+   explicit NewFile( const std::string& path )
+       : path_( path ),
+         ownName_( path + ".new.XXXXXX" ),
+         descriptor_( mkostemp( ownName_.data(), O_NOFOLLOW | O_CLOEXEC ) ) {
       if ( descriptor_ < 0 ) {
          fileError( errno, "create", path_ );
       }
    }
    ~NewFile() {
       close( descriptor_ );
-      if ( !path_.empty() ) {
-         unlink( path_.c_str() );
+      if ( !ownName_.empty() ) {
+         unlink( ownName_.c_str() );
       }
    }
    NewFile( const NewFile& ) = delete;
@@ -61,26 +88,21 @@ class NewFile {
       return memory;
    }
 
-   // Gives the file its name at last; a file of that name becomes the previous one.
-   void keepAs( const std::string& path ) {
-      struct stat status {};
-      if ( lstat( path.c_str(), &status ) == 0 ) {
-         if ( !S_ISREG( status.st_mode ) ) {
-            fileError( EEXIST, "replace what is not a plain file:", path );
-         }
-         if ( std::rename( path.c_str(), ( path + ".previous" ).c_str() ) != 0 ) {
-            fileError( errno, "rename to .previous:", path );
-         }
+   // Gives the file its name at last; one of that name, if `replaces`, becomes the previous one.
+   void keep( bool replaces ) {
+      if ( replaces && std::rename( path_.c_str(), ( path_ + ".previous" ).c_str() ) != 0 ) {
+         fileError( errno, "rename to .previous:", path_ );
       }
-      if ( std::rename( path_.c_str(), path.c_str() ) != 0 ) {
-         fileError( errno, "name the new file", path );
+      if ( std::rename( ownName_.c_str(), path_.c_str() ) != 0 ) {
+         fileError( errno, "name the new file", path_ );
       }
-      path_.clear();
+      ownName_.clear();
    }
 
  private:
-   std::string path_;
-   int descriptor_;
+   const std::string& path_;
+   std::string ownName_;
+   const int descriptor_;
 };
 
 }   // namespace
@@ -146,12 +168,16 @@ Trace::write( unsigned level, std::uint32_t format, const Arguments& arguments )
 void
 Trace::fileIs( const std::string& path ) {
    start();
+   const bool replaces = ringStandsAt( path );
+   if ( replaces ) {
+      ringStandsAt( path + ".previous" );
+   }
    const std::size_t bytes = geometry_.imageBytes();
-   NewFile file( path + ".new." + std::to_string( getpid() ) );
+   NewFile file( path );
    void* memory = file.map( bytes );
    std::memcpy( memory, memory_, bytes );
    try {
-      file.keepAs( path );
+      file.keep( replaces );
    } catch ( ... ) {
       munmap( memory, bytes );
       throw;

@@ -98,12 +98,14 @@ class ZEL_EXPORT Trace {
    // Requires: level within 0 to 9, format given by formatIs() of this trace.
    void write( unsigned level, std::uint32_t format, const Arguments& arguments );
 
-   // Moves the image, with the records and formats it has, into a new file at `path`. A file
-   // that stands there is renamed to `path` + ".previous": it may hold the last messages of a
-   // process that has just crashed. Throws std::system_error, which names step and file; then
-   // the trace goes on where it was. Spans that image() gave for an earlier file end here.
-   // Nobody may shorten the file while the trace writes to it: the system ends a process that
-   // reaches into the missing part.
+   // Moves the image, with the records and formats it has, into a new file at `path`, which its
+   // owner alone may read and write. A ring file that stands there is renamed to `path` +
+   // ".previous", in the place of an earlier one: it may hold the last messages of a process that
+   // has just crashed. Whatever else stands at either name is refused, an empty file or a link
+   // included. Throws std::system_error, which names step and file; then the trace goes on where
+   // it was. Spans that image() gave for an earlier file end here. The owner must not shorten
+   // the file while the trace writes to it: the system ends a process that reaches into the
+   // missing part.
    void fileIs( const std::string& path );
 
    // The image as it stands, to be read by a Reader in any thread.

@@ -342,7 +342,7 @@ const Row kRows[] = {
      []( Platform& p ) {
         p.trace.write( 5, "number %s", std::uint64_t{ 7 } );
         p.path = p.folder.file( "ring" );
-        std::ofstream( p.path ) << "of before";
+        SmallTrace().trace().fileIs( p.path );   // of before
      },
      []( Platform& p ) { p.trace.trace().fileIs( p.path ); } },
    { "RingFileRefused", []( Platform& p ) { p.path = p.folder.file( "no/ring" ); },

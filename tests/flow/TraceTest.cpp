@@ -204,6 +204,17 @@ TEST( AgentRing, aFileThatCannotBeMadeStopsTheCommand ) {
       << outcome.err;
 }
 
+TEST( AgentRing, aFileThatIsNoRingFileStopsTheCommandAndStays ) {
+   const ScratchFolder scratch;
+   const std::string text = "{ \"vlan\": 5 }\n";
+   const std::string file = scratch.file( "vlans.json", text );
+   EXPECT_EQ(
+      runAgent( { "run", "--ring", file, sample( "small-ieee.json" ) } ).text(),
+      exited( 2, "",
+              "Pelrec trace: cannot replace what is no ring file: " + file + ": File exists\n" ) );
+   EXPECT_EQ( contentOf( File( std::fopen( file.c_str(), "r" ) ).get() ), text );
+}
+
 TEST( AgentRing, ringsRefusesWhatIsNoRingFile ) {
    const ScratchFolder scratch;
    for ( const std::string& path : { sample( "small-ieee.json" ), scratch.file( "empty", "" ),

@@ -8,11 +8,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <string>
 #include <system_error>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -50,6 +52,11 @@ class TraceFileTest : public testing::Test {
       return shown( Pelrec::ImageFile( path( name ) ).bytes() );
    }
 
+   std::string textOf( const std::string& name ) const {
+      std::ifstream file( path( name ) );
+      return std::string( std::istreambuf_iterator< char >( file ), {} );
+   }
+
    // The message with which fileIs() refuses `name`, without the path of the test's folder.
    std::string fileRefusal( const std::string& name ) {
       try {
@@ -59,16 +66,12 @@ class TraceFileTest : public testing::Test {
          for ( std::size_t at; ( at = what.find( folder_.string() ) ) != std::string::npos; ) {
             what.erase( at, folder_.string().size() + 1 );
          }
-         for ( std::size_t at; ( at = what.find( ownNumber_ ) ) != std::string::npos; ) {
-            what.replace( at, ownNumber_.size(), ".PID" );
-         }
          return what;
       }
       return "";
    }
 
    std::filesystem::path folder_;
-   const std::string ownNumber_ = "." + std::to_string( getpid() );
    SmallTrace small_;
 };
 
@@ -133,22 +136,74 @@ TEST_F( TraceFileTest, HasTheLastRecordsOfAProcessThatAborts ) {
 
 TEST_F( TraceFileTest, AMissingFolderIsRefusedByName ) {
    EXPECT_EQ( fileRefusal( "nowhere/trace" ),
-              "Pelrec trace: cannot create nowhere/trace.new.PID: No such file or directory" );
+              "Pelrec trace: cannot create nowhere/trace: No such file or directory" );
 }
 
-TEST_F( TraceFileTest, AFolderIsRefusedAndStays ) {
-   std::filesystem::create_directory( path( "trace" ) );
-   EXPECT_EQ( fileRefusal( "trace" ),
-              "Pelrec trace: cannot replace what is not a plain file: trace: File exists" );
-   EXPECT_EQ( files(), "trace\n" );
+// What is no ring file was given by mistake; it stays under its name, with what is in it.
+TEST_F( TraceFileTest, OnlyARingFileIsReplaced ) {
+   SmallTrace other;
+   other.trace().fileIs( path( "ring" ) );
+   std::ofstream( path( "text" ) ) << "vlan 5 -> 10\n";
+   std::ofstream( path( "short" ) ) << "\1\nC";   // as the magic number begins
+   std::ofstream( path( "empty" ) );
+   std::filesystem::create_directory( path( "folder" ) );
+   std::filesystem::create_symlink( "ring", path( "link" ) );
+   std::filesystem::create_symlink( "nothing", path( "dangling" ) );
+   ASSERT_EQ( mkfifo( path( "pipe" ).c_str(), 0600 ), 0 );
+   const std::string before = files();
+   for ( const std::string name :
+         { "text", "short", "empty", "folder", "link", "dangling", "pipe" } ) {
+      EXPECT_EQ( fileRefusal( name ),
+                 "Pelrec trace: cannot replace what is no ring file: " + name + ": File exists" );
+   }
+   EXPECT_EQ( files(), before );
+   EXPECT_EQ( textOf( "text" ), "vlan 5 -> 10\n" );
+   EXPECT_TRUE( std::filesystem::is_symlink( path( "link" ) ) );
 }
 
-TEST_F( TraceFileTest, APreviousFileThatCannotBeReplacedIsRefused ) {
-   std::ofstream( path( "trace" ) ) << "keep";
-   std::filesystem::create_directory( path( "trace.previous" ) );
+TEST_F( TraceFileTest, ADeviceIsRefused ) {
+   EXPECT_THROW( small_.trace().fileIs( "/dev/null" ), std::system_error );
+   EXPECT_TRUE( std::filesystem::is_character_file( "/dev/null" ) );
+}
+
+TEST_F( TraceFileTest, APreviousFileIsReplacedOnlyIfItIsARingFile ) {
+   SmallTrace crashed;
+   crashed.write( 5, "last words" );
+   crashed.trace().fileIs( path( "trace" ) );
+   std::ofstream( path( "trace.previous" ) ) << "notes";
    EXPECT_EQ( fileRefusal( "trace" ),
-              "Pelrec trace: cannot rename to .previous: trace: Is a directory" );
+              "Pelrec trace: cannot replace what is no ring file: trace.previous: File exists" );
    EXPECT_EQ( files(), "trace\ntrace.previous\n" );
+   EXPECT_EQ( textOf( "trace.previous" ), "notes" );
+   EXPECT_EQ( inFile( "trace" ), "1/5 last words\n" );
+}
+
+// A name that others can foresee is a name that they can take first: here it is a second one of a
+// file that must not be written to.
+TEST_F( TraceFileTest, AFileOfAForeseenNameIsNeitherWrittenToNorAdopted ) {
+   std::ofstream( path( "victim" ) ) << "keep";
+   std::filesystem::create_hard_link( path( "victim" ),
+                                      path( "trace.new." + std::to_string( getpid() ) ) );
+   small_.trace().fileIs( path( "trace" ) );
+   small_.write( 5, "hello" );
+   EXPECT_EQ( textOf( "victim" ), "keep" );
+   EXPECT_FALSE( std::filesystem::equivalent( path( "victim" ), path( "trace" ) ) );
+   EXPECT_EQ( inFile( "trace" ), "1/5 hello\n" );
+}
+
+TEST_F( TraceFileTest, IsItsOwnersAlone ) {
+   const mode_t mask = umask( 0 );
+   small_.trace().fileIs( path( "trace" ) );
+   umask( mask );
+   EXPECT_EQ( std::filesystem::status( path( "trace" ) ).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write );
+}
+
+TEST_F( TraceFileTest, TakesItsSpaceAtOnce ) {
+   small_.trace().fileIs( path( "trace" ) );
+   struct stat status {};
+   ASSERT_EQ( stat( path( "trace" ).c_str(), &status ), 0 );
+   EXPECT_GE( status.st_blocks * 512, status.st_size );
 }
 
 TEST_F( TraceFileTest, ATooSmallDiskIsRefused ) {
@@ -160,7 +215,7 @@ TEST_F( TraceFileTest, ATooSmallDiskIsRefused ) {
    const std::string refusal = fileRefusal( "trace" );
    setrlimit( RLIMIT_FSIZE, &limit );
    std::signal( SIGXFSZ, handler );
-   EXPECT_EQ( refusal, "Pelrec trace: cannot reserve space for trace.new.PID: File too large" );
+   EXPECT_EQ( refusal, "Pelrec trace: cannot reserve space for trace: File too large" );
    EXPECT_EQ( files(), "" );
 }
 
