@@ -15,17 +15,17 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace Pelrec {
 namespace {
 
+// `name`: the image's file and ": ", or nothing.
 void
-require( bool holds, const std::string& what ) {
+require( bool holds, const std::string& name, const std::string& what ) {
    if ( !holds ) {
-      throw ImageError( "Pelrec image: " + what );
+      throw ImageError( "Pelrec image: " + name + what );
    }
 }
 
@@ -43,29 +43,27 @@ reversed( std::uint64_t value ) {
    return result;
 }
 
-ImageHeader
-checkedHeader( std::span< const std::byte > image ) {
-   require( reinterpret_cast< std::uintptr_t >( image.data() ) % alignof( Slot ) == 0,
-            "does not start at a multiple of 8 bytes" );
-   require( image.size() >= sizeof( ImageHeader ),
-            within( "size", image.size(), "at least 64 bytes" ) );
-   const std::uint64_t magic =
-      loadAcquire( *reinterpret_cast< const std::uint64_t* >( image.data() ) );
-   require( magic != reversed( kMagic ), "written in the other byte order" );
-   require( magic == kMagic, "does not start with the magic number" );
-   ImageHeader header;
-   std::memcpy( &header, image.data(), sizeof header );
-   require( header.version == kVersion, within( "version", header.version, "1" ) );
-   require( header.levels == kLevels, within( "number of levels", header.levels, "10" ) );
+// The geometry of an image of `size` bytes.
+Geometry
+checkedGeometry( const ImageHeader& header, std::uint64_t size, const std::string& name ) {
+   require( header.magic != reversed( kMagic ), name, "written in the other byte order" );
+   require( header.magic == kMagic, name, "does not start with the magic number" );
+   require( header.version == kVersion, name, within( "version", header.version, "1" ) );
+   require( header.levels == kLevels, name, within( "number of levels", header.levels, "10" ) );
    require( std::has_single_bit( header.slotsPerRing ) && header.slotsPerRing <= kMaxSlotsPerRing,
-            within( "ring size", header.slotsPerRing, "a power of two up to 1048576" ) );
-   require( header.formats >= 1 && header.formats <= kMaxFormats,
+            name, within( "ring size", header.slotsPerRing, "a power of two up to 1048576" ) );
+   require( header.formats >= 1 && header.formats <= kMaxFormats, name,
             within( "number of formats", header.formats, "1 to 65536" ) );
-   require( header.bytes == Geometry{ header.slotsPerRing, header.formats }.imageBytes(),
+   const Geometry geometry{ header.slotsPerRing, header.formats };
+   require( header.bytes == geometry.imageBytes(), name,
             within( "stated size", header.bytes, "what its parts add up to" ) );
-   require( header.bytes <= image.size(),
-            within( "size", image.size(), "at least the stated size" ) );
-   return header;
+   require( header.bytes <= size, name, within( "size", size, "at least the stated size" ) );
+   return geometry;
+}
+
+void
+requireRoomForHeader( std::uint64_t size, const std::string& name ) {
+   require( size >= sizeof( ImageHeader ), name, within( "size", size, "at least 64 bytes" ) );
 }
 
 void
@@ -147,11 +145,70 @@ class ArgumentCursor {
    std::size_t used_ = 0;
 };
 
+// A file that is open for reading.
+class PlainFile {
+ public:
+   explicit PlainFile( const std::string& path )
+       : path_( path ),
+         // Non-blocking, or a named pipe would hold us here before it is refused.
+         descriptor_( open( path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC ) ) {
+      if ( descriptor_ < 0 ) {
+         fail( "open" );
+      }
+   }
+   ~PlainFile() { close( descriptor_ ); }
+   PlainFile( const PlainFile& ) = delete;
+   PlainFile& operator=( const PlainFile& ) = delete;
+
+   std::uint64_t size() const {
+      struct stat status {};
+      if ( fstat( descriptor_, &status ) != 0 ) {
+         fail( "look at" );
+      }
+      require( S_ISREG( status.st_mode ), path_, " is no plain file" );
+      return static_cast< std::uint64_t >( status.st_size );
+   }
+
+   template < class Part >
+   void read( std::size_t offset, std::span< Part > parts ) const {
+      for ( auto bytes = std::as_writable_bytes( parts ); !bytes.empty(); ) {
+         const ssize_t got =
+            pread( descriptor_, bytes.data(), bytes.size(), static_cast< off_t >( offset ) );
+         if ( got > 0 ) {
+            offset += static_cast< std::size_t >( got );
+            bytes = bytes.subspan( static_cast< std::size_t >( got ) );
+         } else if ( got == 0 ) {
+            require( false, path_, " ended while it was read" );
+         } else if ( errno != EINTR ) {
+            fail( "read" );
+         }
+      }
+   }
+
+ private:
+   [[noreturn]] void fail( const char* step ) const {
+      const std::string cause = std::generic_category().message( errno );
+      throw ImageError( std::string( "Pelrec image: cannot " ) + step + " " + path_ + ": " +
+                        cause );
+   }
+
+   const std::string path_;
+   const int descriptor_;
+};
+
 }   // namespace
 
 Reader::Reader( std::span< const std::byte > image ) {
-   const ImageHeader header = checkedHeader( image );
-   geometry_ = Geometry{ header.slotsPerRing, header.formats };
+   require( reinterpret_cast< std::uintptr_t >( image.data() ) % alignof( Slot ) == 0, "",
+            "does not start at a multiple of 8 bytes" );
+   requireRoomForHeader( image.size(), "" );
+   ImageHeader header;
+   // First, for the rest of the header stands before the magic number does.
+   const std::uint64_t magic =
+      loadAcquire( *reinterpret_cast< const std::uint64_t* >( image.data() ) );
+   std::memcpy( &header, image.data(), sizeof header );
+   header.magic = magic;
+   geometry_ = checkedGeometry( header, image.size(), "" );
    formats_ = reinterpret_cast< const FormatEntry* >( image.data() + sizeof header );
    slots_ = reinterpret_cast< const Slot* >( image.data() + geometry_.ringsOffset() );
 }
@@ -239,30 +296,30 @@ Reader::text( const Slot& slot ) const {
 }
 
 ImageFile::ImageFile( const std::string& path ) {
-   // Non-blocking, or a named pipe would hold us here before it is refused.
-   const int descriptor = open( path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC );
-   if ( descriptor < 0 ) {
-      throw ImageError( "Pelrec image: cannot open " + path + ": " +
-                        std::generic_category().message( errno ) );
-   }
-   struct stat status {};
-   const bool plain = fstat( descriptor, &status ) == 0 && S_ISREG( status.st_mode );
-   const std::size_t size = plain ? static_cast< std::size_t >( status.st_size ) : 0;
-   // Mapped, not copied: only in the writer's own memory is an overwritten slot noticed.
-   void* memory = mmap( nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0 );
-   const int failure = memory == MAP_FAILED ? errno : 0;
-   close( descriptor );
-   // A text is made only when it is thrown: no memory for it may lose the mapping.
-   if ( failure != 0 ) {
-      require( size != 0, path + " is empty or no plain file" );
-      throw ImageError( "Pelrec image: cannot map " + path + ": " +
-                        std::generic_category().message( failure ) );
-   }
-   bytes_ = { static_cast< const std::byte* >( memory ), size };
-}
+   const PlainFile file( path );
+   const std::string name = path + ": ";
+   const std::uint64_t size = file.size();
+   requireRoomForHeader( size, name );
+   ImageHeader header;
+   file.read( 0, std::span( &header, 1 ) );
+   const Geometry geometry = checkedGeometry( header, size, name );
 
-ImageFile::~ImageFile() {
-   munmap( const_cast< std::byte* >( bytes_.data() ), bytes_.size() );
+   image_.resize( geometry.imageBytes() / sizeof( Slot ) );
+   const auto slots = std::span( image_ ).subspan( geometry.ringsOffset() / sizeof( Slot ) );
+   file.read( geometry.ringsOffset(), slots );
+   // After the slots, for then the formats that they name are complete.
+   file.read( 0, std::span( image_ ).first( image_.size() - slots.size() ) );
+   // A slot that was written to meanwhile may be half old and half new. It is not the same any more
+   // then, and left out.
+   std::vector< Slot > ring( geometry.slotsPerRing );
+   for ( std::size_t at = 0; at < slots.size(); at += ring.size() ) {
+      file.read( geometry.ringsOffset() + at * sizeof( Slot ), std::span( ring ) );
+      for ( std::size_t i = 0; i < ring.size(); ++i ) {
+         if ( std::memcmp( &slots[ at + i ], &ring[ i ], sizeof( Slot ) ) != 0 ) {
+            slots[ at + i ] = {};
+         }
+      }
+   }
 }
 
 std::string

@@ -8,7 +8,7 @@
 // is read. What makes the whole unreadable throws ImageError; a slot that is empty, damaged or
 // overwritten during the read is left out.
 //
-// Ownership  Reader borrows the bytes. ImageFile owns its mapping.
+// Ownership  Reader borrows the bytes. ImageFile owns its copy of them.
 // Cost       O(slots) to collect, O(records log records) to order.
 // Threads    Any; a trace may write to the image meanwhile. Records that are overwritten during
 //            a read are missing from it, so its oldest part may have gaps.
@@ -64,20 +64,19 @@ class ZEL_EXPORT Reader {
    const Slot* slots_;
 };
 
-// An image file, mapped for reading.
+// What an image file held when this was made; whatever happens to the file later makes no
+// difference. Records that are written or overwritten during the reading are missing.
 class ZEL_EXPORT ImageFile {
  public:
-   // Throws ImageError, which names the file, if it cannot be opened or is no plain file. The
-   // file must not be shortened while it is mapped.
+   // Takes memory for the image alone, not for what may stand behind it. Throws ImageError, which
+   // names the file, if it cannot be read, is no plain file, does not begin with an image's header,
+   // or becomes shorter meanwhile.
    explicit ImageFile( const std::string& path );
-   ~ImageFile();
-   ImageFile( const ImageFile& ) = delete;
-   ImageFile& operator=( const ImageFile& ) = delete;
 
-   std::span< const std::byte > bytes() const { return bytes_; }
+   std::span< const std::byte > bytes() const { return std::as_bytes( std::span( image_ ) ); }
 
  private:
-   std::span< const std::byte > bytes_;
+   std::vector< Slot > image_;   // as slots, for each part of an image is as long as some
 };
 
 // A record's time as "2026-01-31T23:59:59.123456789Z".

@@ -356,7 +356,7 @@ const Row kRows[] = {
    { "ImageOpened",
      []( Platform& p ) {
         p.path = p.folder.file( "ring" );
-        std::ofstream( p.path ) << "whatever it is";
+        p.trace.trace().fileIs( p.path );
      },
      []( Platform& p ) { p.opened = std::make_unique< Pelrec::ImageFile >( p.path ); } },
    { "EmptyImageRefused",

@@ -215,7 +215,7 @@ TEST( AgentRing, aFileThatIsNoRingFileStopsTheCommandAndStays ) {
    EXPECT_EQ( contentOf( File( std::fopen( file.c_str(), "r" ) ).get() ), text );
 }
 
-TEST( AgentRing, ringsRefusesWhatIsNoRingFile ) {
+TEST( AgentRing, ringsRefusesWhatIsNoRingFileByItsName ) {
    const ScratchFolder scratch;
    for ( const std::string& path : { sample( "small-ieee.json" ), scratch.file( "empty", "" ),
                                      scratch.path( "absent" ), scratch.path() } ) {
@@ -223,6 +223,7 @@ TEST( AgentRing, ringsRefusesWhatIsNoRingFile ) {
       EXPECT_EQ( outcome.exitCode, 2 ) << path;
       EXPECT_EQ( outcome.out, "" ) << path;
       EXPECT_EQ( linesOf( outcome.err ).size(), 1u ) << outcome.err;
+      EXPECT_NE( outcome.err.find( path ), std::string::npos ) << outcome.err;
    }
 }
 

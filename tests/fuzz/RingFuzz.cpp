@@ -100,7 +100,7 @@ decoded( std::span< const std::byte > image ) {
    }
 }
 
-// Through a mapped file, as the agent reads it.
+// Through a file, as the agent reads it.
 std::optional< std::vector< Record > >
 decodedFile( std::span< const std::byte > image ) {
    static const int file = memfd_create( "ring", MFD_CLOEXEC );
@@ -110,8 +110,8 @@ decodedFile( std::span< const std::byte > image ) {
             "the ring file cannot be written" );
    try {
       return decoded( Pelrec::ImageFile( path ).bytes() );
-   } catch ( const Pelrec::ImageError& ) {
-      require( image.empty(), "a plain file is refused" );
+   } catch ( const Pelrec::ImageError& error ) {
+      require( printable( error.what() ), "an error that is not printable" );
       return std::nullopt;
    }
 }
