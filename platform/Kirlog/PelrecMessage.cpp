@@ -5,9 +5,12 @@
 
 namespace Kirlog {
 
-void
+// Threads that come here at once are given the same id.
+std::uint32_t
 PelrecFormat::enter() {
-   id_ = Pelrec::trace().formatIs( text_ );
+   const std::uint32_t id = Pelrec::trace().formatIs( text_ );
+   id_.store( id, std::memory_order_relaxed );
+   return id;
 }
 
 }   // namespace Kirlog

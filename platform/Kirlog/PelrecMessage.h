@@ -17,11 +17,12 @@
 // Cost       Disabled: one load, one bit test. The arguments of a call are evaluated before it,
 //            so costly ones go behind enabled(). Enabled: see Pelrec/Trace.h; the first call
 //            enters the format into the trace's table.
-// Threads    The thread that writes the process's trace.
+// Threads    Any.
 // Throws     What a converter throws; the record is then not written.
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <stdexcept>
@@ -93,19 +94,17 @@ class ZEL_EXPORT PelrecFormat {
    explicit consteval PelrecFormat( const char* text ) : text_( text ) {}
 
    std::uint32_t id() {
-      if ( id_ == kNoId ) [[unlikely]] {
-         enter();
-      }
-      return id_;
+      const std::uint32_t id = id_.load( std::memory_order_relaxed );
+      return id != kNoId ? id : enter();
    }
 
  private:
    static constexpr std::uint32_t kNoId = Pelrec::kMaxFormats;
 
-   void enter();
+   std::uint32_t enter();
 
    const char* text_;
-   std::uint32_t id_ = kNoId;
+   std::atomic< std::uint32_t > id_ = kNoId;
 };
 
 template < unsigned level, PelrecTypes types = "" >

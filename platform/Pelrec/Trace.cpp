@@ -13,8 +13,27 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#if __has_include( <sys/single_threaded.h> )
+#include <sys/single_threaded.h>
+#endif
+
 namespace Pelrec {
 namespace {
+
+bool
+processHasThreads() {
+#if __has_include( <sys/single_threaded.h> )
+   return !__libc_single_threaded;
+#else
+   return true;
+#endif
+}
+
+// The lock is left alone where nobody else can want it: it would be a sixth of a record's cost.
+std::unique_lock< std::mutex >
+turnAt( std::mutex& lock ) {
+   return processHasThreads() ? std::unique_lock( lock ) : std::unique_lock< std::mutex >();
+}
 
 constexpr Geometry kProcessGeometry{ 1024, 512 };
 
@@ -134,6 +153,7 @@ Trace::addFormat( std::string_view format ) {
 
 std::uint32_t
 Trace::formatIs( std::string_view format ) {
+   const auto turn = turnAt( lock_ );
    start();
    for ( std::uint32_t id = kNoRoomFormat + 1; id < formatsUsed_; ++id ) {
       const FormatEntry& known = formatEntry( id );
@@ -151,6 +171,7 @@ Trace::write( unsigned level, std::uint32_t format, const Arguments& arguments )
    std::memcpy( bytes, &format, sizeof format );
    std::memcpy( bytes + sizeof format, arguments.codes_, sizeof arguments.codes_ );
 
+   const auto turn = turnAt( lock_ );
    const std::size_t slots = geometry_.slotsPerRing;
    const auto place = static_cast< std::size_t >( written_[ level ]++ & ( slots - 1 ) );
    Slot& target = part< Slot >( geometry_.ringsOffset() )[ level * slots + place ];
@@ -167,6 +188,7 @@ Trace::write( unsigned level, std::uint32_t format, const Arguments& arguments )
 
 void
 Trace::fileIs( const std::string& path ) {
+   const auto turn = turnAt( lock_ );
    start();
    const bool replaces = ringStandsAt( path );
    if ( replaces ) {
@@ -191,6 +213,7 @@ Trace::fileIs( const std::string& path ) {
 
 std::span< const std::byte >
 Trace::image() {
+   const auto turn = turnAt( lock_ );
    start();
    return std::as_bytes( std::span( memory_, geometry_.imageBytes() / sizeof( *memory_ ) ) );
 }

@@ -10,11 +10,11 @@
 //
 // Ownership  The memory handed to the constructor is borrowed. A mapped file stays mapped after
 //            the Trace is gone: the destructors that run last may still be traced.
-// Cost       A disabled level: one load, one bit test. A record: no lock, no allocation, no
-//            system call but the clock's once per millisecond or two.
-// Threads    One writer thread, which also calls fileIs and image. Readers may be anywhere and
-//            read at any time, see Image.h. The level mask may be set by any thread. A forked
-//            child shares a mapped file with its parent and needs a fileIs of its own.
+// Cost       A disabled level: one load, one bit test. A record: no allocation, no system call but
+//            the clock's once per millisecond or two, and the lock that nobody else holds.
+// Threads    Any; writers take turns. Readers may be anywhere and read at any time, see Image.h, but
+//            not from an image that a later fileIs replaced. A forked child shares a mapped file
+//            with its parent and needs a fileIs of its own.
 // Throws     Only fileIs.
 #pragma once
 
@@ -22,6 +22,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -78,7 +79,7 @@ class ZEL_EXPORT Trace {
    // A trace whose image lies in `memory`: geometry.imageBytes() bytes, all of them
    // zero, that start at a multiple of 8.
    constexpr Trace( std::uint64_t* memory, Geometry geometry )
-       : memory_( memory ), geometry_( geometry ) {}
+       : geometry_( geometry ), memory_( memory ) {}
    Trace( const Trace& ) = delete;
    Trace& operator=( const Trace& ) = delete;
 
@@ -127,9 +128,11 @@ class ZEL_EXPORT Trace {
       return part< FormatEntry >( sizeof( ImageHeader ) )[ id ];
    }
 
-   std::uint64_t* memory_;
-   Geometry geometry_;
+   const Geometry geometry_;
    std::atomic< std::uint32_t > levelMask_{ ( 1u << kLevels ) - 1 };
+   std::mutex lock_;
+   // All that follows, and the image, is written under the lock.
+   std::uint64_t* memory_;
    std::uint32_t formatsUsed_ = 0;   // 0: not started
    bool mapped_ = false;
    Clock clock_;

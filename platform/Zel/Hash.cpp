@@ -3,6 +3,7 @@
 //
 #include "Zel/Hash.h"
 
+#include <atomic>
 #include <cstdio>
 #include <random>
 
@@ -30,9 +31,9 @@ initialSeed() {
    return std::random_device()();
 }
 
-std::uint32_t&
+std::atomic< std::uint32_t >&
 seedInForce() {
-   static std::uint32_t seed = initialSeed();
+   static std::atomic< std::uint32_t > seed = initialSeed();
    return seed;
 }
 
@@ -40,12 +41,12 @@ seedInForce() {
 
 std::uint32_t
 hashSeed() {
-   return seedInForce();
+   return seedInForce().load( std::memory_order_relaxed );
 }
 
 void
 hashSeedIs( std::uint32_t seed ) {
-   seedInForce() = seed;
+   seedInForce().store( seed, std::memory_order_relaxed );
 }
 
 }   // namespace Zel

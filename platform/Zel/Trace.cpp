@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -23,18 +24,24 @@ struct TraceRegistry {
       std::uint32_t mask;
    };
 
+   std::mutex lock;   // of handles and settings; nothing foreign is called under it
    std::vector< TraceHandle* > handles;
    std::vector< Setting > settings;   // in the order given; the last that fits holds
+
+   // Held while the sink runs, which may trace, or replace itself.
+   std::recursive_mutex sinkLock;
    TraceSink sink;
 
    static TraceRegistry& instance();
 
-   void apply( TraceHandle& handle ) const {
-      for ( const Setting& setting : settings ) {
-         if ( setting.handle == "*" || setting.handle == handle.name_ ) {
-            handle.mask_.store( setting.mask, std::memory_order_relaxed );
+   // The setting that holds for the handle; null when none names it.
+   const Setting* settingOf( const TraceHandle& handle ) const {
+      for ( auto setting = settings.rbegin(); setting != settings.rend(); ++setting ) {
+         if ( setting->handle == "*" || setting->handle == handle.name_ ) {
+            return &*setting;
          }
       }
+      return nullptr;
    }
 
    void settingsAdd( std::vector< Setting > more ) {
@@ -48,7 +55,9 @@ struct TraceRegistry {
       settings.insert( settings.end(), std::make_move_iterator( more.begin() ),
                        std::make_move_iterator( more.end() ) );
       for ( TraceHandle* handle : handles ) {
-         apply( *handle );
+         if ( const Setting* setting = settingOf( *handle ) ) {
+            handle->mask_.store( setting->mask, std::memory_order_relaxed );
+         }
       }
    }
 };
@@ -155,19 +164,25 @@ TraceRegistry::instance() {
 }
 
 TraceHandle::~TraceHandle() {
-   if ( joined_ ) {
-      std::erase( TraceRegistry::instance().handles, this );
+   if ( joined_.load( std::memory_order_relaxed ) ) {
+      TraceRegistry& registry = TraceRegistry::instance();
+      const std::lock_guard guard( registry.lock );
+      std::erase( registry.handles, this );
    }
 }
 
 void
 TraceHandle::join() {
-   if ( !joined_ ) {
-      TraceRegistry& registry = TraceRegistry::instance();
+   if ( joined_.load( std::memory_order_acquire ) ) {
+      return;
+   }
+   TraceRegistry& registry = TraceRegistry::instance();
+   const std::lock_guard guard( registry.lock );
+   if ( !joined_.load( std::memory_order_relaxed ) ) {
       registry.handles.push_back( this );
-      joined_ = true;
-      mask_.store( allLevels_ ? ~0u : 0u, std::memory_order_relaxed );
-      registry.apply( *this );
+      const TraceRegistry::Setting* setting = registry.settingOf( *this );
+      mask_.store( setting ? setting->mask : allLevels_ ? ~0u : 0u, std::memory_order_relaxed );
+      joined_.store( true, std::memory_order_release );
    }
 }
 
@@ -195,25 +210,36 @@ TraceHandle::maskIs( std::uint32_t mask ) {
 
 void
 traceSinkIs( TraceSink sink ) {
-   TraceRegistry::instance().sink = sink ? std::move( sink ) : writeToStandardError;
+   TraceRegistry& registry = TraceRegistry::instance();
+   const std::lock_guard guard( registry.sinkLock );
+   registry.sink = sink ? std::move( sink ) : writeToStandardError;
 }
 
 void
 traceEmit( const TraceLine& line ) {
-   const TraceSink sink = TraceRegistry::instance().sink;   // a sink may replace itself
+   TraceRegistry& registry = TraceRegistry::instance();
+   const std::lock_guard guard( registry.sinkLock );
+   const TraceSink sink = registry.sink;   // a sink may replace itself
    sink( line );
 }
 
 void
 traceLevelsIs( std::string_view list ) {
-   TraceRegistry::instance().settingsAdd( parseSettings( list ) );
+   auto settings = parseSettings( list );
+   TraceRegistry& registry = TraceRegistry::instance();
+   const std::lock_guard guard( registry.lock );
+   registry.settingsAdd( std::move( settings ) );
 }
 
 std::vector< std::string >
 traceHandles() {
+   TraceRegistry& registry = TraceRegistry::instance();
    std::vector< std::string > names;
-   for ( const TraceHandle* handle : TraceRegistry::instance().handles ) {
-      names.emplace_back( handle->name() );
+   {
+      const std::lock_guard guard( registry.lock );
+      for ( const TraceHandle* handle : registry.handles ) {
+         names.emplace_back( handle->name() );
+      }
    }
    std::ranges::sort( names );
    return names;

@@ -13,7 +13,9 @@
 //            hold for handles that are first used later. Form: HANDLE/LEVELS, several separated
 //            by ";" - "MoxVlanRangeMgr/1,9;MoxVlanMappingScaleSm/5", levels 0 to 31, "5-7" for a
 //            span, "*" for all, nothing for none; "*" as handle means every handle.
-// Threads    Handles and levels: one thread. The sink is called on the tracing thread.
+// Threads    Any. The sink is called on the tracing thread, for one line at a time, so it needs no
+//            lock of its own and must not wait for a thread that traces. Whoever replaces the sink
+//            waits for a line that is being written: the old one is not called any more behind it.
 #pragma once
 
 #include <atomic>
@@ -58,7 +60,7 @@ class ZEL_EXPORT TraceHandle {
 
    const char* const name_;
    const bool allLevels_;
-   bool joined_ = false;
+   std::atomic< bool > joined_ = false;
    // Until the handle has joined the registry every level seems enabled, so that its first use
    // comes by enabledForSure() without a second test on the way of the later ones.
    std::atomic< std::uint32_t > mask_{ ~0u };

@@ -7,8 +7,9 @@
 // constructor runs when the library is loaded. A type is identified by (module, index), which is
 // what fwkType() of its entities answers.
 //
-// Ownership  The registry keeps plain pointers to module records; they are constants.
-// Threads    Registration happens while libraries load; look-ups take no lock.
+// Ownership  The registry keeps plain pointers to module records; they are constants. A handle, and
+//            what its record points to, goes with the library that holds the module.
+// Threads    Any: each function takes the registry's lock. Handles are values.
 #pragma once
 
 #include <cstdint>

@@ -69,8 +69,8 @@ TEST( TypeModule, AnEarlierModuleMayGoFirst ) {
 TEST( TypeModuleDeathTest, ATypeNameRegisteredTwiceAborts ) {
    const Zel::ModuleRegistration registration( colours );
    constexpr Zel::TypeModule again{ "Test/Again", kColours };
-   EXPECT_DEATH( Zel::zelModuleIs( again ), "Zel/TypeModule:[0-9]+: .*zelModuleIs.*: Assertion "
-                                            "`!zelTypeByName\\( type.name \\)' failed\\." );
+   EXPECT_DEATH( Zel::zelModuleIs( again ),
+                 "Zel/TypeModule:[0-9]+: .*zelModuleIs.*: Assertion `isNew' failed\\." );
 }
 
 }   // namespace
