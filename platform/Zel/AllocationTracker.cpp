@@ -4,46 +4,30 @@
 #include "Zel/AllocationTracker.h"
 
 #include <map>
-#include <mutex>
+#include <utility>
+
+#include "Zel/Slab.h"
 
 namespace Zel {
 namespace {
 
-std::mutex registryLock;
-AllocationRecord* firstRecord = nullptr;
-
+// Slabs of one type may be several: libraries of different versions make objects of different size.
 void
-operator+=( AllocationCount& sum, const AllocationCount& more ) {
-   sum.live += more.live;
-   sum.total += more.total;
-   sum.bytes += more.bytes;
+operator+=( AllocationCount& sum, const Slab::Count& slab ) {
+   const std::int64_t live = slab.made - slab.released;
+   sum.live += live;
+   sum.total += slab.made;
+   sum.bytes += live * static_cast< std::int64_t >( slab.cellSize );
 }
 
 }   // namespace
 
-void
-AllocationRecord::registerOnce() {
-   const std::lock_guard guard( registryLock );
-   if ( !registered_.load( std::memory_order_relaxed ) ) {
-      next_ = firstRecord;
-      firstRecord = this;
-      registered_.store( true, std::memory_order_release );
-   }
-}
-
-AllocationCount
-AllocationRecord::count() const {
-   const std::int64_t live = live_.value();
-   return { typeName_, live, total_.value(), live * objectSize_ };
-}
-
 AllocationCount
 allocationCount( std::string_view typeName ) {
-   const std::lock_guard guard( registryLock );
    AllocationCount sum{ std::string( typeName ) };
-   for ( const AllocationRecord* record = firstRecord; record; record = record->next_ ) {
-      if ( record->typeName_ == typeName ) {
-         sum += record->count();
+   for ( const Slab::Count& slab : Slab::counts() ) {
+      if ( slab.typeName == typeName ) {
+         sum += slab;
       }
    }
    return sum;
@@ -51,12 +35,11 @@ allocationCount( std::string_view typeName ) {
 
 std::vector< AllocationCount >
 allocationCounts() {
-   const std::lock_guard guard( registryLock );
    std::map< std::string, AllocationCount > byName;
-   for ( const AllocationRecord* record = firstRecord; record; record = record->next_ ) {
-      AllocationCount& sum = byName[ record->typeName_ ];
-      sum.typeName = record->typeName_;
-      sum += record->count();
+   for ( const Slab::Count& slab : Slab::counts() ) {
+      AllocationCount& sum = byName[ slab.typeName ];
+      sum.typeName = slab.typeName;
+      sum += slab;
    }
    std::vector< AllocationCount > counts;
    for ( auto& [ name, count ] : byName ) {

@@ -3,23 +3,20 @@
 //
 // AllocationTracker: how many objects of each counted type live, by type name.
 //
-// Each type's allocations are counted in a record of its own, found by nobody but newEntity();
-// the tracker answers for a name by adding up the records that carry it (two libraries may each
-// have one for the same type).
+// Adds up what the types' slabs count (Zel/Slab.h). Counts outlive the library that a type came with; when
+// it is loaded again they go on.
 //
-// Cost     Two additions per allocation, one subtraction per release.
-// Threads  Counts are atomic under the thread-safe switch; records register under a lock.
+// Cost     O(types times threads).
+// Threads  Any, at any time. What the calling thread did, and what threads did that have ended or
+//          were waited for, counts exactly; of the others it is what they have just come to.
 #pragma once
 
-#include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Zel/Export.h"
-#include "Zel/SharedCount.h"
 
 namespace Zel {
 
@@ -28,38 +25,6 @@ struct AllocationCount {
    std::int64_t live = 0;    ///< objects that exist now
    std::int64_t total = 0;   ///< objects ever made
    std::int64_t bytes = 0;   ///< bytes of the objects that exist now
-};
-
-class ZEL_EXPORT AllocationRecord {
- public:
-   constexpr AllocationRecord( const char* typeName, std::size_t objectSize )
-       : typeName_( typeName ), objectSize_( static_cast< std::int64_t >( objectSize ) ) {}
-
-   /// Memory for one object was taken.
-   void allocated() {
-      if ( !registered_.load( std::memory_order_acquire ) ) [[unlikely]] {
-         registerOnce();
-      }
-      live_.add( 1 );
-   }
-   /// Its constructor came to its end.
-   void constructed() { total_.add( 1 ); }
-   /// The memory was given back, after destruction or because the constructor threw.
-   void released() { live_.subtract( 1 ); }
-
-   AllocationCount count() const;
-
- private:
-   friend AllocationCount allocationCount( std::string_view );
-   friend std::vector< AllocationCount > allocationCounts();
-   void registerOnce();
-
-   const char* const typeName_;
-   const std::int64_t objectSize_;
-   SharedCount< std::int64_t > live_{ 0 };
-   SharedCount< std::int64_t > total_{ 0 };
-   std::atomic< bool > registered_{ false };
-   AllocationRecord* next_ = nullptr;
 };
 
 /// Counts of one type; all zero for a name that was never allocated.

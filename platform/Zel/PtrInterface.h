@@ -63,7 +63,7 @@ class ReferenceWord {
  private:
    static constexpr char zelSourceTag[] = "Zel/PtrInterface";
 
-   SharedCount< std::int32_t > references_{ 1 };
+   SharedCount references_{ 1 };
    std::uint32_t flags_ = kConstructing;
 };
 

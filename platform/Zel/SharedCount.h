@@ -31,14 +31,13 @@ threadSafePtrIs( bool on ) {
    Detail::threadSafePtrSwitch.store( on, std::memory_order_relaxed );
 }
 
-template < class Integer >
 class SharedCount {
  public:
-   explicit constexpr SharedCount( Integer initial ) : count_( initial ) {}
+   explicit constexpr SharedCount( std::int32_t initial ) : count_( initial ) {}
 
-   Integer value() const { return count_.load( std::memory_order_relaxed ); }
+   std::int32_t value() const { return count_.load( std::memory_order_relaxed ); }
 
-   void add( Integer n ) {
+   void add( std::int32_t n ) {
       if ( threadSafePtr() ) [[unlikely]] {
          count_.fetch_add( n, std::memory_order_relaxed );
       } else {
@@ -47,17 +46,17 @@ class SharedCount {
    }
 
    /// Returns what is left. The thread that takes the last one sees all that others did before.
-   Integer subtract( Integer n ) {
+   std::int32_t subtract( std::int32_t n ) {
       if ( threadSafePtr() ) [[unlikely]] {
          return count_.fetch_sub( n, std::memory_order_acq_rel ) - n;
       }
-      const Integer left = value() - n;
+      const std::int32_t left = value() - n;
       count_.store( left, std::memory_order_relaxed );
       return left;
    }
 
  private:
-   std::atomic< Integer > count_;
+   std::atomic< std::int32_t > count_;
 };
 
 }   // namespace Zel

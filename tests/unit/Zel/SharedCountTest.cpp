@@ -15,6 +15,7 @@
 #include "Zel/NewEntity.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
+#include "tests/support/InThreads.h"
 #include "tests/support/NoneLeftTest.h"
 
 namespace {
@@ -27,18 +28,6 @@ class Shared : public Zel::PtrInterface {
    static constexpr char zelTypeName[] = "SharedCountTest::Shared";
    int number = 42;
 };
-
-template < class Work >
-void
-inThreads( Work work ) {
-   std::vector< std::thread > threads;
-   for ( int i = 0; i < kThreads; ++i ) {
-      threads.emplace_back( work );
-   }
-   for ( std::thread& thread : threads ) {
-      thread.join();
-   }
-}
 
 class SharedCountTest : public TestSupport::NoneLeftTest {
  protected:
@@ -56,7 +45,7 @@ TEST_F( SharedCountTest, TheSwitchIsOffUntilItIsAskedFor ) {
 TEST_F( SharedCountTest, CountsTheSameWithTheSwitchOnAndOff ) {
    for ( const bool on : { false, true } ) {
       Zel::threadSafePtrIs( on );
-      Zel::SharedCount< std::int32_t > count( 1 );
+      Zel::SharedCount count( 1 );
       count.add( 5 );
       EXPECT_EQ( count.value(), 6 );
       EXPECT_EQ( count.subtract( 2 ), 4 );
@@ -67,7 +56,7 @@ TEST_F( SharedCountTest, CountsTheSameWithTheSwitchOnAndOff ) {
 TEST_F( SharedCountTest, CopiesMadeAndDroppedByThreadsLeaveTheCountExact ) {
    Zel::threadSafePtrIs( true );
    const auto shared = Zel::newEntity< Shared >();
-   inThreads( [ & ] {
+   TestSupport::inThreads( kThreads, [ & ]( int ) {
       for ( int i = 0; i < kRounds; ++i ) {
          const Zel::Ptr< Shared > copy( shared );
          Zel::Ptr< const Shared > another( copy );
@@ -97,7 +86,7 @@ TEST_F( SharedCountTest, TheThreadThatDropsTheLastReferenceDestroysTheObject ) {
 TEST_F( SharedCountTest, ObjectsMadeAndDroppedByThreadsAreCountedExactly ) {
    Zel::threadSafePtrIs( true );
    const std::int64_t before = Zel::allocationCount( "SharedCountTest::Shared" ).total;
-   inThreads( [] {
+   TestSupport::inThreads( kThreads, []( int ) {
       for ( int i = 0; i < kRounds; ++i ) {
          const auto one = Zel::newEntity< Shared >();
          const auto two = Zel::newEntity< Shared >();
