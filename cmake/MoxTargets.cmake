@@ -21,6 +21,11 @@ function( mox_target_defaults target )
    target_include_directories( ${target} PRIVATE
       "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/platform" )
 
+   if( CMAKE_CXX_COMPILER_ID STREQUAL GNU )
+      # A unique symbol keeps its library loaded for ever; Clang makes none.
+      target_compile_options( ${target} PRIVATE -fno-gnu-unique )
+   endif()
+
    target_compile_options( ${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion )
    if( MOX_WERROR )
       target_compile_options( ${target} PRIVATE -Werror )
