@@ -131,7 +131,7 @@ function( mox_add_test target )
          CROSSCOMPILING_EMULATOR "${CMAKE_CROSSCOMPILING_EMULATOR};-0;${launcher}" )
    endif()
    mox_emulated_seconds( ${arg_TIMEOUT} arg_TIMEOUT )
-   target_link_libraries( ${target} PRIVATE ${arg_LINK} GTest::gmock_main )
+   target_link_libraries( ${target} PRIVATE ${arg_LINK} TestMain )
    # Found when ctest starts, so a build runs no test program.
    gtest_discover_tests( ${target}
       DISCOVERY_MODE PRE_TEST
