@@ -13,7 +13,7 @@ namespace Pelrec {
 namespace {
 
 std::uint64_t
-systemNs( clockid_t id ) {
+readingOf( clockid_t id ) {
    timespec now{};
    clock_gettime( id, &now );
    return static_cast< std::uint64_t >( now.tv_sec ) * 1'000'000'000u +
@@ -21,11 +21,6 @@ systemNs( clockid_t id ) {
 }
 
 #if defined( __x86_64__ )
-constexpr std::uint64_t kWindowTicks = 1u << 22;
-constexpr std::uint64_t kShortestRateSpan = 1u << 18;
-// Above this the thread was interrupted between the reads, and they do not belong together.
-constexpr std::uint64_t kLongestReading = 1u << 13;
-
 bool
 counterIsSteady() {
    unsigned eax = 0;
@@ -39,33 +34,18 @@ counterIsSteady() {
 }   // namespace
 
 std::uint64_t
-Clock::anchoredNs() {
+Clock::systemNs() {
 #if defined( __x86_64__ )
    static const bool steady = counterIsSteady();
    if ( steady ) {
-      const std::uint64_t ticks = __builtin_ia32_rdtsc();
-      const std::uint64_t steadyNs = systemNs( CLOCK_MONOTONIC );
-      const std::uint64_t wallNs = systemNs( CLOCK_REALTIME );
-      const std::uint64_t span = ticks - rateTicks_;
-      if ( __builtin_ia32_rdtsc() - ticks > kLongestReading ) {
-         windowTicks_ = 0;
-      } else if ( rateTicks_ == 0 ) {
-         rateTicks_ = ticks;
-         rateNs_ = steadyNs;
-      } else if ( span >= kShortestRateSpan ) {
-         const double rate =
-            static_cast< double >( steadyNs - rateNs_ ) / static_cast< double >( span );
-         nsPerTick_ = static_cast< std::uint64_t >( rate * 4294967296.0 );
-         windowTicks_ = kWindowTicks;
-         anchorTicks_ = ticks;
-         anchorNs_ = wallNs;
-         rateTicks_ = ticks;
-         rateNs_ = steadyNs;
-      }
-      return wallNs;
+      // In braces, so in this order.
+      const TickReading reading{ __builtin_ia32_rdtsc(), readingOf( CLOCK_MONOTONIC ),
+                                 readingOf( CLOCK_REALTIME ), __builtin_ia32_rdtsc() };
+      window_.readingIs( reading );
+      return reading.wallNs;
    }
 #endif
-   return systemNs( CLOCK_REALTIME );
+   return readingOf( CLOCK_REALTIME );
 }
 
 }   // namespace Pelrec
