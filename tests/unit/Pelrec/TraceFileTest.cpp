@@ -19,12 +19,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Pelrec/Reader.h"
 #include "tests/unit/Pelrec/SmallTrace.h"
 
 namespace {
+
+using testing::HasSubstr;
+using testing::Not;
 
 class TraceFileTest : public testing::Test {
  protected:
@@ -46,6 +50,12 @@ class TraceFileTest : public testing::Test {
          list += name + '\n';
       }
       return list;
+   }
+
+   // What this process has mapped into its memory.
+   static std::string mappings() {
+      std::ifstream maps( "/proc/self/maps" );
+      return { std::istreambuf_iterator( maps ), {} };
    }
 
    // What another process would print of the file.
@@ -113,6 +123,14 @@ TEST_F( TraceFileTest, CanMoveToAnotherFile ) {
    small_.write( 5, "in the second" );
    EXPECT_EQ( inFile( "first" ), "1/5 in both\n" );
    EXPECT_EQ( inFile( "second" ), "1/5 in both\n2/5 in the second\n" );
+}
+
+TEST_F( TraceFileTest, LetsGoOfTheFileItLeaves ) {
+   small_.trace().fileIs( path( "first" ) );
+   EXPECT_THAT( mappings(), HasSubstr( path( "first" ) ) );
+   small_.trace().fileIs( path( "second" ) );
+   EXPECT_THAT( mappings(), Not( HasSubstr( path( "first" ) ) ) );
+   EXPECT_THAT( mappings(), HasSubstr( path( "second" ) ) );
 }
 
 TEST_F( TraceFileTest, HasTheLastRecordsOfAProcessThatAborts ) {
