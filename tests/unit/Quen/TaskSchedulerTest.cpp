@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/OperatorNew.h"
 #include "tests/unit/Quen/SchedulerFixture.h"
 
 namespace {
@@ -92,6 +93,15 @@ TEST_F( TaskSchedulerTest, RunOnceRunsOneTask ) {
    EXPECT_TRUE( scheduler_->runOnce() );
    EXPECT_FALSE( scheduler_->runOnce() );
    EXPECT_EQ( log_, "ab" );
+}
+
+TEST_F( TaskSchedulerTest, ARequestNeedsNoMemory ) {
+   const auto before = TestSupport::newRequests();
+   task( "a" ).scheduleTask();
+   task( "b" ).scheduleTask();
+   task( "c" ).scheduleTask();
+   EXPECT_EQ( TestSupport::newRequests(), before );
+   EXPECT_EQ( run(), "abc" );
 }
 
 TEST_F( TaskSchedulerTest, RunUntilIdleCountsItsRuns ) {
@@ -220,6 +230,19 @@ TEST_F( TaskSchedulerTest, ManyTasksOfManyPrioritiesRunInOrder ) {
       schedule( std::string( 1, static_cast< char >( 'A' + i * 7 % 26 ) ) );
    }
    EXPECT_EQ( run(), expected );
+}
+
+// Enough of them that a heap or a sort that does not keep the order would show.
+TEST_F( TaskSchedulerTest, ManyTasksOfOnePriorityRunInOrderOfTheirRequests ) {
+   for ( const char name : std::string( "ABCDEFGHIJKLMNOPQRSTUVWXYZ" ) ) {
+      make( std::string( 1, name ), 10 );
+   }
+   make( "u", 1 );
+   make( "v", 1 );
+   make( "y", 20 );
+   make( "z", 20 );
+   schedule( "zQWEyRTZUvIOPASDuFGHJKLYXCVBNM" );
+   EXPECT_EQ( run(), "vuQWERTZUIOPASDFGHJKLYXCVBNMzy" );
 }
 
 TEST_F( TaskSchedulerDeathTest, WithoutAClockAborts ) {

@@ -38,6 +38,10 @@ TEST_F( TaskTest, PrioritiesCompareByTheirValue ) {
    EXPECT_FALSE( TaskPriority( 2 ) < TaskPriority( 2 ) );
 }
 
+TEST_F( TaskTest, TheDefaultPriorityIsTheFirst ) {
+   EXPECT_EQ( TaskPriority(), TaskPriority( 0 ) );
+}
+
 TEST_F( TaskTest, SchedulingOnlyQueues ) {
    task_.scheduleTask();
    EXPECT_TRUE( task_.scheduled() );
@@ -85,8 +89,8 @@ TEST_F( TaskTest, CountsItsWork ) {
    EXPECT_EQ( task_.taskWorkPending(), 2u );
 }
 
-TEST_F( TaskTest, HasADefaultQuantumUntilItIsGivenOne ) {
-   EXPECT_EQ( task_.taskQuantum(), Task::kDefaultQuantum );
+TEST_F( TaskTest, HasTenMillisecondsUntilItIsGivenAQuantum ) {
+   EXPECT_EQ( task_.taskQuantum(), 0.01 );
    task_.taskQuantumIs( 0.1 );
    EXPECT_EQ( task_.taskQuantum(), 0.1 );
 }
@@ -183,6 +187,13 @@ TEST_F( TaskTest, UnderAfterTestsItYieldsFromTheNextTestOnInEachRun ) {
    task_.scheduleTask();
    EXPECT_EQ( run(), "tt" );
    EXPECT_EQ( answers, "nnyynnyy" );
+}
+
+TEST_F( TaskTest, UnderAfterTestsItYieldsAtOnceUnlessTestsAreAllowed ) {
+   scheduler_->yieldPolicyIs( YieldPolicy::AfterTests );
+   work( "t" ) = [ & ] { EXPECT_TRUE( task_.taskShouldYield() ); };
+   task_.scheduleTask();
+   EXPECT_EQ( run(), "t" );
 }
 
 TEST_F( TaskDeathTest, WithoutASchedulerAborts ) {
