@@ -25,7 +25,7 @@ BINARY = {"<", ">", "&&", "+", "-", "&", "|", "*", "/", "%"}
 
 TOKEN = re.compile(r"""
    (?P<skip> //[^\n]* | /\*.*?\*/ | "(?:\\.|[^"\\])*" | '(?:\\.|[^'\\])' | ^[ ]*\#[^\n]* )
- | (?P<number> \b(?:0[xX][0-9a-fA-F]+|[0-9]+)[uUlL]*\b )
+ | (?P<number> \b(?:0[xX][0-9a-fA-F']+|[0-9][0-9']*(?:\.[0-9]+)?)[uUlL]*\b )
  | (?P<word> [A-Za-z_]\w* )
  | (?P<sign> <=>|->|::|<<=|>>=|\+\+|--|&&|\|\||[=!<>+*/%&|-]=|<<|>>|[^\sA-Za-z0-9_] )
 """, re.VERBOSE | re.DOTALL | re.MULTILINE)
@@ -93,6 +93,15 @@ def functions(toks):
     return bodies
 
 
+def larger(digits):
+    """The number above one, which may be a fraction or have eight as its base."""
+    if "." in digits:
+        return str(float(digits) + 1)
+    if re.fullmatch("0[0-7]+", digits):
+        return f"0{int(digits, 8) + 1:o}"
+    return str(int(digits, 0) + 1)
+
+
 def swaps(source, toks):
     """(begin, end, replacement) of changed operators, bounds and constants."""
     brackets = templates(source, toks)
@@ -104,7 +113,7 @@ def swaps(source, toks):
             continue   # a destructor's name
         if tok.kind == "number":
             digits = tok.text.rstrip("uUlL")
-            yield tok.begin, tok.end, str(int(digits, 0) + 1) + tok.text[len(digits):]
+            yield tok.begin, tok.end, larger(digits.replace("'", "")) + tok.text[len(digits):]
         for text in SWAPS.get(tok.text, []):
             yield tok.begin, tok.end, text
 
