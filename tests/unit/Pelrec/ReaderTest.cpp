@@ -78,6 +78,15 @@ TEST_F( ReaderTest, MarksATextThatWasCut ) {
               std::string( 39, 'x' ) + "..." );
 }
 
+TEST_F( ReaderTest, ShowsArgumentsThatFillThePayload ) {
+   const std::string fifteen( 15, 'x' );
+   EXPECT_EQ( roundTrip( "%s %s %s %s", std::string_view( fifteen ), std::int64_t{ 1 },
+                         std::uint64_t{ 2 }, 2.5 ),
+              fifteen + " 1 2 2.5" );
+   const std::string thirtyEight( 38, 'x' );
+   EXPECT_EQ( roundTrip( "%s<%s>", std::string_view( thirtyEight ), ""sv ), thirtyEight + "<>" );
+}
+
 TEST_F( ReaderTest, LeavesAPlaceholderWithoutArgument ) {
    EXPECT_EQ( roundTrip( "%s and %s", std::int64_t{ 1 } ), "1 and %s" );
 }
@@ -196,12 +205,18 @@ const HeaderDamage kHeaderDamages[] = {
                  "ring size is 0, not a power of two up to 1048576" },
    HeaderDamage{ "UnevenSlots", []( auto& h ) { h.slotsPerRing = 3; },
                  "ring size is 3, not a power of two up to 1048576" },
-   HeaderDamage{ "TooManySlots", []( auto& h ) { h.slotsPerRing = 1u << 31; },
-                 "ring size is 2147483648, not a power of two up to 1048576" },
+   HeaderDamage{ "TooManySlots", []( auto& h ) { h.slotsPerRing = 1u << 21; },
+                 "ring size is 2097152, not a power of two up to 1048576" },
+   HeaderDamage{ "AsManySlotsAsAllowed", []( auto& h ) { h.slotsPerRing = 1u << 20; },
+                 "stated size is 3136, not what its parts add up to" },
    HeaderDamage{ "NoFormats", []( auto& h ) { h.formats = 0; },
                  "number of formats is 0, not 1 to 65536" },
-   HeaderDamage{ "TooManyFormats", []( auto& h ) { h.formats = ~0u; },
-                 "number of formats is 4294967295, not 1 to 65536" },
+   HeaderDamage{ "TooManyFormats", []( auto& h ) { h.formats = 65537; },
+                 "number of formats is 65537, not 1 to 65536" },
+   HeaderDamage{ "AsManyFormatsAsAllowed", []( auto& h ) { h.formats = 65536; },
+                 "stated size is 3136, not what its parts add up to" },
+   HeaderDamage{ "AsFewFormatsAsAllowed", []( auto& h ) { h.formats = 1; },
+                 "stated size is 3136, not what its parts add up to" },
    HeaderDamage{ "WrongSize", []( auto& h ) { h.bytes -= 64; },
                  "stated size is 3072, not what its parts add up to" },
    HeaderDamage{ "MoreThanThereIs",

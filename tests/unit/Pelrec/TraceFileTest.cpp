@@ -58,6 +58,11 @@ class TraceFileTest : public testing::Test {
       return { std::istreambuf_iterator( maps ), {} };
    }
 
+   static std::size_t descriptors() {
+      return static_cast< std::size_t >(
+         std::distance( std::filesystem::directory_iterator( "/proc/self/fd" ), {} ) );
+   }
+
    // What another process would print of the file.
    std::string inFile( const std::string& name ) const {
       return shown( Pelrec::ImageFile( path( name ) ).bytes() );
@@ -131,6 +136,21 @@ TEST_F( TraceFileTest, LetsGoOfTheFileItLeaves ) {
    small_.trace().fileIs( path( "second" ) );
    EXPECT_THAT( mappings(), Not( HasSubstr( path( "first" ) ) ) );
    EXPECT_THAT( mappings(), HasSubstr( path( "second" ) ) );
+}
+
+TEST_F( TraceFileTest, HoldsNoDescriptor ) {
+   const std::size_t before = descriptors();
+   small_.trace().fileIs( path( "trace" ) );
+   EXPECT_NE( fileRefusal( "nowhere/trace" ), "" );
+   std::filesystem::create_directory( path( "folder" ) );
+   EXPECT_NE( fileRefusal( "folder" ), "" );
+   EXPECT_EQ( descriptors(), before );
+}
+
+TEST_F( TraceFileTest, ARefusedFileIsNotMapped ) {
+   std::filesystem::create_directory( path( "folder" ) );
+   EXPECT_NE( fileRefusal( "folder" ), "" );
+   EXPECT_THAT( mappings(), Not( HasSubstr( path( "folder" ) ) ) );
 }
 
 TEST_F( TraceFileTest, HasTheLastRecordsOfAProcessThatAborts ) {
@@ -259,6 +279,17 @@ class ImageFileTest : public TraceFileTest {
       return "";
    }
 };
+
+TEST_F( ImageFileTest, LeavesNeitherDescriptorNorMapping ) {
+   small_.trace().fileIs( path( "trace" ) );
+   std::filesystem::copy_file( path( "trace" ), path( "copy" ) );
+   const std::size_t before = descriptors();
+   inFile( "copy" );
+   std::ofstream( path( "empty" ) ).close();
+   EXPECT_NE( refusal( "empty" ), "" );
+   EXPECT_EQ( descriptors(), before );
+   EXPECT_THAT( mappings(), Not( HasSubstr( path( "copy" ) ) ) );
+}
 
 TEST_F( ImageFileTest, RefusesAMissingFile ) {
    EXPECT_EQ( refusal( "trace" ), "Pelrec image: cannot open trace: No such file or directory" );
