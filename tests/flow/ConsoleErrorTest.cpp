@@ -5,6 +5,7 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/flow/ConsoleRun.h"
@@ -210,6 +211,43 @@ TEST( AgentConsoleErrors, theNextLineIsCarriedOut ) {
                       "line 1: there is no \"nope\"; there are: acsd, codef, ranges, schedule, "
                       "scheduler, sm\n"
                       "line 4: there is no command \"frob\"; `help` lists them\n" ) );
+}
+
+// One argument too few and one too many, where there is a bound.
+TEST( AgentConsoleErrors, everyCommandKnowsHowManyArgumentsItTakes ) {
+   const std::vector< std::pair< std::string, std::string > > usageOfEach{
+      { "types x", "types" },
+      { "type", "type NAME" },
+      { "type x x", "type NAME" },
+      { "ls x x", "ls [PATH]" },
+      { "get", "get PATH" },
+      { "get x x", "get PATH" },
+      { "set", "set PATH [ARGUMENT...]" },
+      { "del", "del PATH" },
+      { "del x x", "del PATH" },
+      { "call", "call PATH [ARGUMENT...]" },
+      { "new x", "new NAME TYPE [ARGUMENT...]" },
+      { "iterate", "iterate PATH" },
+      { "iterate x x", "iterate PATH" },
+      { "watch x x", "watch [PATH]" },
+      { "unwatch", "unwatch PATH" },
+      { "unwatch x x", "unwatch PATH" },
+      { "step x", "step" },
+      { "run x", "run" },
+      { "trace x x", "trace [HANDLE/LEVELS]" },
+      { "tracker x", "tracker" },
+      { "help x x", "help [COMMAND]" },
+      { "quit x", "quit" },
+      { "exit x", "exit" },
+   };
+   std::string commands;
+   std::string errors;
+   std::size_t line = 0;
+   for ( const auto& [ command, usage ] : usageOfEach ) {
+      commands += command + "\n";
+      errors += "line " + std::to_string( ++line ) + ": usage: " + usage + "\n";
+   }
+   EXPECT_EQ( console( commands ).text(), exited( 2, "", errors ) );
 }
 
 TEST( AgentConsoleErrors, standInOrderWithTheOutput ) {

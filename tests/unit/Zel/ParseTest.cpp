@@ -81,6 +81,15 @@ TEST( ParseLiteral, ShowsTheBeginningOfALongText ) {
               "expected \"z\", found \"abcdefghijklmnopqrstuvwx...\" at offset 0 [0]" );
 }
 
+TEST( ParseLiteral, ShowsATextOfTwentyFourCharactersWhole ) {
+   const String text( "abcdefghijklmnopqrstuvwx" );
+   EXPECT_EQ( complaint( [ & ] {
+                 StringIterator at = text.begin();
+                 Zel::parseLiteral( at, text.end(), "z" );
+              } ),
+              "expected \"z\", found \"abcdefghijklmnopqrstuvwx\" at offset 0 [0]" );
+}
+
 TEST( ParseNumber, ReadsDigitsAndStopsBehindThem ) {
    const String text( "4094, next" );
    StringIterator at = text.begin();

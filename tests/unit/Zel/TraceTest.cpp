@@ -13,6 +13,7 @@
 
 #include "Zel/Exception.h"
 #include "Zel/String.h"
+#include "tests/support/OperatorNew.h"
 #include "tests/support/TraceCapture.h"
 
 namespace {
@@ -174,6 +175,18 @@ TEST_F( TraceTest, AHandleThatStartsEnabledTracesEveryLevelUnlessToldOtherwise )
    Zel::traceLevelsIs( "TraceTest.Loud/2" );
    Zel::TraceHandle loud( "TraceTest.Loud", true );
    EXPECT_EQ( loud.mask(), 1u << 2 );
+}
+
+// An agent may change levels for as long as it runs.
+TEST_F( TraceTest, SettingLevelsAgainAndAgainKeepsNoOldOnes ) {
+   Zel::traceLevelsIs( "a handle whose name has memory of its own/1;*/" );
+   const std::int64_t before = TestSupport::newBlocks();
+   for ( int i = 0; i < 100; ++i ) {
+      Zel::traceLevelsIs( "a handle whose name has memory of its own/1" );
+      Zel::traceLevelsIs( "another handle whose name has memory of its own/2" );
+      Zel::traceLevelsIs( "*/" );
+   }
+   EXPECT_LE( TestSupport::newBlocks(), before );
 }
 
 TEST_F( TraceTest, ABadListSaysWhereAndAppliesNothing ) {
