@@ -147,6 +147,17 @@ TEST_F( TraceFileTest, HoldsNoDescriptor ) {
    EXPECT_EQ( descriptors(), before );
 }
 
+// Then the file that is opened next gets the number 0.
+TEST_F( TraceFileTest, AProcessWithoutStandardInputWritesAndReads ) {
+   const int standardInput = dup( STDIN_FILENO );
+   close( STDIN_FILENO );
+   small_.write( 5, "alone" );
+   EXPECT_EQ( fileRefusal( "trace" ), "" );
+   EXPECT_EQ( inFile( "trace" ), "1/5 alone\n" );
+   dup2( standardInput, STDIN_FILENO );
+   close( standardInput );
+}
+
 TEST_F( TraceFileTest, ARefusedFileIsNotMapped ) {
    std::filesystem::create_directory( path( "folder" ) );
    EXPECT_NE( fileRefusal( "folder" ), "" );

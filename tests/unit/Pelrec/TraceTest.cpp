@@ -26,6 +26,10 @@ TEST_F( TraceTest, HasNoRecordsAtFirst ) {
    EXPECT_EQ( small_.shown(), "" );
 }
 
+TEST_F( TraceTest, TheImageIsAsLargeAsItsGeometrySays ) {
+   EXPECT_EQ( trace_.image().size(), SmallTrace::kGeometry.imageBytes() );
+}
+
 TEST_F( TraceTest, ShowsRecordsInOrderOfWritingAcrossLevels ) {
    small_.write( 9, "nine" );
    small_.write( 0, "zero" );
