@@ -4,6 +4,8 @@
 #include "Mox/MoxVlanMapping.h"
 
 #include <array>
+#include <cstdint>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -52,6 +54,22 @@ TYPED_TEST( MoxVlanMappingTest, EveryFieldCountsInEquality ) {
    for ( const TypeParam& other : others ) {
       EXPECT_FALSE( record == other );
    }
+}
+
+TYPED_TEST( MoxVlanMappingTest, EveryFieldAndTheSeedCountInTheHash ) {
+   std::set< std::uint32_t > hashes;
+   for ( const bool inLag : { false, true } ) {
+      for ( const bool xlateUntagged : { false, true } ) {
+         for ( const std::uint8_t origin : std::array< std::uint8_t, 3 >{ 0, 1, 255 } ) {
+            hashes.insert( TypeParam( kKey, kTo3001, inLag, xlateUntagged, origin ).hash( 3 ) );
+         }
+      }
+   }
+   hashes.insert( TypeParam( PortVlanKey(), kTo3001 ).hash( 3 ) );
+   hashes.insert( TypeParam( kKey, VlanXlateMapping() ).hash( 3 ) );
+   hashes.insert( TypeParam( kKey, kTo3001 ).hash( 4 ) );
+   EXPECT_EQ( hashes.size(), 15u );
+   EXPECT_EQ( TypeParam( kKey, kTo3001 ).hash( 3 ), TypeParam( kKey, kTo3001 ).hash( 3 ) );
 }
 
 }   // namespace

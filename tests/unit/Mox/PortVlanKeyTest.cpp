@@ -62,6 +62,8 @@ TEST( PortVlanKey, EveryFieldAndTheSeedCountInTheHash ) {
    EXPECT_NE( hash, key( std::uint64_t{ 1 } << 40 | 7, 100, 5 ).hash( 3 ) );
    EXPECT_NE( hash, key( 7, 101, 5 ).hash( 3 ) );
    EXPECT_NE( hash, key( 7, 100, 6 ).hash( 3 ) );
+   EXPECT_NE( hash, key( 7, 0x8000 | 100, 5 ).hash( 3 ) );
+   EXPECT_NE( hash, key( 7, 100, 0x8000 | 5 ).hash( 3 ) );
    EXPECT_NE( hash, key( 7, 100, 5 ).hash( 4 ) );
    EXPECT_EQ( key( 7, 100, 5 ).hash(), key( 7, 100, 5 ).hash( 0 ) );
 }
