@@ -249,6 +249,7 @@ class TraceDeathTest : public testing::Test {
 
    static void traceAndExit() {
       static Zel::TraceHandle handle( "TraceDeathTest.Env", false );
+      ZEL_TRACE( handle, 0, 1, "zero" );
       ZEL_TRACE( handle, 2, 2, "two" );
       ZEL_TRACE( handle, 3, 3, "three" );
       std::exit( 0 );
