@@ -84,6 +84,8 @@ TEST_F( ConsoleCompletion, keysMayHoldBlanksAndDots ) {
 TEST_F( ConsoleCompletion, argumentsBehindTheFirstMayBePathsWithADollar ) {
    EXPECT_EQ( words( "set range.bridgeName $range.b" ), "21 $range.bridgeName" );
    EXPECT_EQ( words( "call a b c rang" ), "11 range ranges" );
+   EXPECT_EQ( words( "new x Some::Type rang" ), "17 range ranges" );
+   EXPECT_EQ( words( "new x Some::Type a rang" ), "19 range ranges" );
 }
 
 TEST_F( ConsoleCompletion, nothingFollowsTheLastArgument ) {
