@@ -47,6 +47,7 @@ TEST_F( ConsoleCompletion, theFirstWordIsACommand ) {
 
 TEST_F( ConsoleCompletion, helpTakesACommand ) {
    EXPECT_EQ( words( "help wa" ), "5 watch" );
+   EXPECT_EQ( words( "help boo" ), "5" );   // a type
 }
 
 TEST_F( ConsoleCompletion, typeNamesComeFromTheRegistry ) {
@@ -54,6 +55,7 @@ TEST_F( ConsoleCompletion, typeNamesComeFromTheRegistry ) {
                                               "Bridging::VlanXlateMapping "
                                               "Bridging::VlanXlateStatusDir" );
    EXPECT_EQ( words( "new x Bridging::C" ), "6 Bridging::Config" );
+   EXPECT_EQ( words( "type ran" ), "5" );   // a root
 }
 
 TEST_F( ConsoleCompletion, aNewNameIsNotGuessed ) {
