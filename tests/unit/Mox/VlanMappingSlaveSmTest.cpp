@@ -16,6 +16,7 @@
 #include "Zel/Exception.h"
 #include "Zel/GenericIf.h"
 #include "tests/support/NoneLeftTest.h"
+#include "tests/support/OperatorNew.h"
 #include "tests/unit/Mox/RecordingSm.h"
 
 namespace {
@@ -642,6 +643,32 @@ TEST_F( VlanMappingSlaveSmTest, AWaitingKeyThatWentDoesNotTakeThePlace ) {
    ingressDel( key( 1, 100, 6 ) );
    ingressDel( key( 1, 100, 5 ) );
    EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5" );
+}
+
+TEST_F( VlanMappingSlaveSmTest, AWaitingKeyThatWentUnheardDoesNotTakeThePlace ) {
+   initialize();
+   ingress( key( 1, 100, 5 ), 3001 );
+   ingress( key( 1, 100, 6 ), 3002 );
+   sm_->hasNotificationActiveIs( false );
+   ingressDel( key( 1, 100, 6 ) );
+   sm_->hasNotificationActiveIs( true );
+   ingressDel( key( 1, 100, 5 ) );
+   EXPECT_EQ( record_.take(), "+1/100.5=3001 -1/100.5" );
+}
+
+TEST_F( VlanMappingSlaveSmTest, WaitingKeysThatWentLeaveNothingBehind ) {
+   initialize();
+   ingress( key( 1, 100 ), 3001 );
+   const auto comeAndGo = [ this ]( std::uint16_t inner ) {
+      ingress( key( 1, 100, inner ), 3002 );
+      ingressDel( key( 1, 100, inner ) );
+   };
+   comeAndGo( 1 );
+   const std::int64_t before = TestSupport::newBlocks();
+   for ( std::uint16_t inner = 2; inner <= 100; ++inner ) {
+      comeAndGo( inner );
+   }
+   EXPECT_EQ( TestSupport::newBlocks(), before );
 }
 
 TEST_F( VlanMappingSlaveSmTest, AWaitingKeyThatChangedTakesThePlaceAsItIsThen ) {
