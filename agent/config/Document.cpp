@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "agent/config/Escaped.h"
+
 namespace Agent {
 
 namespace {
@@ -126,7 +128,7 @@ Document::string( const Place& leaf ) {
 std::optional< std::string >
 Document::name( const Place& leaf ) {
    std::optional< std::string > value = string( leaf );
-   if ( value && ( value->empty() || withoutControls( *value ) != *value ) ) {
+   if ( value && ( value->empty() || hasControls( *value ) ) ) {
       finding( leaf, "is not allowed",
                "a name of one or more characters without control characters" );
       return std::nullopt;

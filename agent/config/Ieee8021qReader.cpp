@@ -3,11 +3,11 @@
 #include "agent/config/Ieee8021qReader.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -71,7 +71,9 @@ struct SeenVlan {
    std::uint16_t partner = 0;
    std::size_t line = 0;
 };
-using SeenVlans = std::array< SeenVlan, kMaxVlanId + 1 >;
+// Not on the stack: where memory is limited, one that cannot grow ends the process by a signal.
+using SeenVlans = std::vector< SeenVlan >;
+constexpr std::size_t kSeenVlans = kMaxVlanId + 1;
 
 bool
 isMacAddress( std::string_view text ) {
@@ -331,8 +333,8 @@ class Ieee8021qReader {
    // All good entries in file order. `oneToOne` refuses a second key for one value.
    std::vector< TableEntry > readTable( const Place& list, const TableKind& kind, bool oneToOne ) {
       std::vector< TableEntry > entries;
-      SeenVlans keys;
-      SeenVlans values;
+      SeenVlans keys( kSeenVlans );
+      SeenVlans values( kSeenVlans );
       forEachEntry( document_, list, kind.key, [ & ]( const Place& entry ) {
          Members members( document_, entry );
          const auto keyLeaf = members.require( kind.key, kVlanIds );

@@ -10,6 +10,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "agent/config/Escaped.h"
+
 namespace Agent {
 
 namespace {
@@ -298,28 +300,9 @@ duplicateMembers( const JsonObject& object, std::string_view module ) {
 }
 
 std::string
-withoutControls( std::string_view text ) {
-   std::string out;
-   for ( std::size_t i = 0; i < text.size(); ++i ) {
-      const auto byte = static_cast< unsigned char >( text[ i ] );
-      const auto next = static_cast< unsigned char >( i + 1 < text.size() ? text[ i + 1 ] : '\0' );
-      if ( byte < 0x20 || byte == 0x7f ) {
-         fmt::format_to( std::back_inserter( out ), "\\u{:04x}", byte );
-      } else if ( byte == 0xc2 && next >= 0x80 && next < 0xa0 ) {
-         // U+0080 to U+009F, which terminals obey as well.
-         fmt::format_to( std::back_inserter( out ), "\\u{:04x}", next );
-         ++i;
-      } else {
-         out += text[ i ];
-      }
-   }
-   return out;
-}
-
-std::string
 shownText( std::string_view text ) {
    if ( text.size() <= kShownLength ) {
-      return withoutControls( text );
+      return escaped( text );
    }
    std::size_t front = kShownLength - kShownEnd;
    while ( front > 0 && continuesCharacter( text[ front ] ) ) {
@@ -329,8 +312,7 @@ shownText( std::string_view text ) {
    while ( back < text.size() && continuesCharacter( text[ back ] ) ) {
       ++back;
    }
-   return withoutControls( text.substr( 0, front ) ) + "..." +
-          withoutControls( text.substr( back ) );
+   return escaped( text.substr( 0, front ) ) + "..." + escaped( text.substr( back ) );
 }
 
 }   // namespace Agent

@@ -93,11 +93,8 @@ struct DuplicateMember {
 std::vector< DuplicateMember > duplicateMembers( const JsonObject& object,
                                                  std::string_view module = {} );
 
-// `text` with its control characters as escapes, those above ASCII included.
-std::string withoutControls( std::string_view text );
-
-// `text` as error lines repeat it: without control characters and of bounded length, the
-// middle of a long one replaced by "...". Valid UTF-8 stays valid.
+// `text` as error lines repeat it: escaped() and of bounded length, the middle of a long one
+// replaced by "...". Valid UTF-8 stays valid.
 std::string shownText( std::string_view text );
 
 }   // namespace Agent

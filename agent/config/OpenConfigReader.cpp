@@ -3,13 +3,13 @@
 #include "agent/config/OpenConfigReader.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -53,14 +53,16 @@ struct Word {
    // 0 where nothing was said.
    std::size_t line = 0;
 };
-using Words = std::array< Word, kMaxVlanId + 1 >;
+// Not on the stack: where memory is limited, one that cannot grow ends the process by a signal.
+using Words = std::vector< Word >;
+constexpr std::size_t kWords = kMaxVlanId + 1;
 
 struct PortState {
    Port port;
    // By VID on the wire.
-   Words matched;
+   Words matched = Words( kWords );
    // By relay VID; the word's vlan is the one on the way out.
-   Words egress;
+   Words egress = Words( kWords );
 };
 
 class OpenConfigReader {
