@@ -4,17 +4,21 @@
 #include "agent/Commands.h"
 
 #include <fmt/format.h>
+#include <fmt/ostream.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 
 #include "Pelrec/Reader.h"
 #include "agent/Apply.h"
+#include "agent/Complain.h"
 #include "agent/Replay.h"
 #include "agent/config/ConfigurationReader.h"
+#include "agent/config/Escaped.h"
 #include "agent/config/VlanList.h"
 #include "agent/console/Console.h"
 #include "agent/console/TypePages.h"
@@ -27,31 +31,41 @@ findings( std::size_t number ) {
    return counted( number, "finding", "findings" );
 }
 
-// The file as messages name it.
-std::string
-shownFile( const Options& options ) {
-   return options.file == "-" ? "<stdin>" : options.file;
-}
-
-void
-printUnused( const Configuration& configuration ) {
-   for ( const UnusedMember& member : configuration.unused ) {
-      fmt::print( stderr, "not used: {} ({}x): {}\n", member.path, member.count, member.reason );
+// What `work()` returns; memory that runs out meanwhile is told with what was being done.
+template < class Work >
+auto
+whileDoing( const char* doing, const Work& work ) {
+   try {
+      return work();
+   } catch ( const std::bad_alloc& ) {
+      throw OutOfMemory( doing );
    }
 }
 
-// The checked configuration; when there is none, the first finding has been printed.
+void
+complainOfUnused( const Configuration& configuration ) {
+   for ( const UnusedMember& member : configuration.unused ) {
+      complain( "not used: {} ({}x): {}", member.path, member.count, member.reason );
+   }
+}
+
+ReadResult
+read( const Options& options ) {
+   return whileDoing( "reading", [ & ] { return readConfiguration( options.file ); } );
+}
+
+// The checked configuration; when there is none, the first finding has been told.
 std::optional< Configuration >
 readOrComplain( const Options& options ) {
-   ReadResult result = readConfiguration( options.file );
+   ReadResult result = read( options );
    if ( !result.configuration ) {
-      fmt::print( stderr, "{}\n", result.findings.front().text() );
+      complain( "{}", result.findings.front().text() );
       if ( result.findings.size() > 1 ) {
-         fmt::print( stderr, "and {} more; `vlan-scale-agent check {}` shows all\n",
-                     findings( result.findings.size() - 1 ), options.file );
+         complain( "and {} more; `vlan-scale-agent check {}` shows all",
+                   findings( result.findings.size() - 1 ), escaped( options.file ) );
       }
    } else if ( options.verbose ) {
-      printUnused( *result.configuration );
+      complainOfUnused( *result.configuration );
    }
    return std::move( result.configuration );
 }
@@ -63,9 +77,11 @@ reportOn( const Options& options ) {
    if ( !configuration ) {
       return std::nullopt;
    }
-   ScaleAgent agent( options.rangeEntries );
-   applyConfiguration( agent, *configuration );
-   return makeReport( agent, *configuration );
+   return whileDoing( "applying", [ & ] {
+      ScaleAgent agent( options.rangeEntries );
+      applyConfiguration( agent, *configuration );
+      return makeReport( agent, *configuration );
+   } );
 }
 
 // Leaves only the ranges asked for; false when the list of VLANs is no list.
@@ -76,7 +92,7 @@ filterVlans( const Options& options, std::vector< PortReport >& ports ) {
    }
    const ParsedVlanList list = parseVlanList( *options.vlans );
    if ( !list.error.empty() ) {
-      fmt::print( stderr, "--vlans {}: {}\n", *options.vlans, list.error );
+      complain( "--vlans {}: {}", *options.vlans, list.error );
       return false;
    }
    for ( PortReport& port : ports ) {
@@ -101,7 +117,18 @@ rootsOf( const ScaleAgent& agent ) {
    return roots;
 }
 
+// What the console cannot do.
+void
+complainOf( const std::string& error ) {
+   complain( "{}", error );
+}
+
 }   // namespace
+
+std::string
+shownFile( const Options& options ) {
+   return options.file == "-" ? "<stdin>" : escaped( options.file );
+}
 
 int
 runCommand( const Options& options ) {
@@ -109,34 +136,36 @@ runCommand( const Options& options ) {
    if ( !report ) {
       return kExitUnusable;
    }
-   fmt::print( "{}", options.json ? summaryJson( *report ) : summaryText( *report ) );
+   whileDoing( "reporting on", [ & ] {
+      ( options.json ? printSummaryJson : printSummary )( std::cout, *report );
+   } );
    return kExitClean;
 }
 
 int
 checkCommand( const Options& options ) {
-   const ReadResult result = readConfiguration( options.file );
+   const ReadResult result = read( options );
    if ( result.unusable ) {
-      fmt::print( stderr, "{}\n", result.findings.front().text() );
+      complain( "{}", result.findings.front().text() );
       return kExitUnusable;
    }
    for ( const Finding& finding : result.findings ) {
-      fmt::print( "{}\n", finding.text() );
+      std::cout << finding.text() << '\n';
    }
    if ( !result.configuration ) {
-      fmt::print( stderr, "{}: {}\n", shownFile( options ), findings( result.findings.size() ) );
+      complain( "{}: {}", shownFile( options ), findings( result.findings.size() ) );
       return kExitFindings;
    }
    if ( options.verbose ) {
-      printUnused( *result.configuration );
+      complainOfUnused( *result.configuration );
    }
    std::size_t mappings = 0;
    for ( const Port& port : result.configuration->ports ) {
       mappings += port.ingress.size();
    }
-   fmt::print( stderr, "{}: clean, {}, {}\n", shownFile( options ),
-               counted( result.configuration->ports.size(), "port", "ports" ),
-               counted( mappings, "mapping", "mappings" ) );
+   complain( "{}: clean, {}, {}", shownFile( options ),
+             counted( result.configuration->ports.size(), "port", "ports" ),
+             counted( mappings, "mapping", "mappings" ) );
    return kExitClean;
 }
 
@@ -146,13 +175,15 @@ showRangesCommand( const Options& options ) {
    if ( !report || !filterVlans( options, report->ports ) ) {
       return kExitUnusable;
    }
-   if ( options.json ) {
-      fmt::print( "{}", rangesJson( report->ports, options.order ) );
-      return kExitClean;
-   }
-   for ( const PortReport& port : report->ports ) {
-      fmt::print( "{}", rangesText( port, options.order ) );
-   }
+   whileDoing( "reporting on", [ & ] {
+      if ( options.json ) {
+         printRangesJson( std::cout, report->ports, options.order );
+         return;
+      }
+      for ( const PortReport& port : report->ports ) {
+         printRanges( std::cout, port, options.order );
+      }
+   } );
    return kExitClean;
 }
 
@@ -170,46 +201,57 @@ showPortCommand( const Options& options ) {
    std::erase_if( report->ports,
                   [ & ]( const PortReport& port ) { return port.name != options.port; } );
    if ( report->ports.empty() ) {
-      fmt::print( stderr, "{}: there is no port \"{}\"\n", shownFile( options ), options.port );
+      complain( "{}: there is no port \"{}\"", shownFile( options ), escaped( options.port ) );
       return kExitUnusable;
    }
    if ( !filterVlans( options, report->ports ) ) {
       return kExitUnusable;
    }
-   const PortReport& port = report->ports.front();
-   fmt::print( "{}",
-               options.json ? portJson( port, options.order ) : portText( port, options.order ) );
+   whileDoing( "reporting on", [ & ] {
+      ( options.json ? printPortJson : printPort )( std::cout, report->ports.front(),
+                                                    options.order );
+   } );
    return kExitClean;
 }
 
 int
 replayCommand( const Options& options ) {
-   if ( options.file == "-" ) {
-      replay( shownFile( options ), std::cin, std::cout, options.rangeEntries );
-      return kExitClean;
+   const bool standardInput = options.file == "-";
+   std::ifstream file;
+   if ( !standardInput ) {
+      file.open( options.file );
+      if ( !file ) {
+         complain( "{}: {}", shownFile( options ), std::strerror( errno ) );
+         return kExitUnusable;
+      }
    }
-   std::ifstream script( options.file );
-   if ( !script ) {
-      fmt::print( stderr, "{}: {}\n", options.file, std::strerror( errno ) );
+   whileDoing( "replaying", [ & ] {
+      replay( shownFile( options ), standardInput ? std::cin : file, std::cout,
+              options.rangeEntries );
+   } );
+   if ( standardInput && std::ferror( stdin ) != 0 ) {   // to std::cin that is a plain end
+      complain( "{}: cannot be read to its end", shownFile( options ) );
       return kExitUnusable;
    }
-   replay( options.file, script, std::cout, options.rangeEntries );
    return kExitClean;
 }
 
 int
 ringsCommand( const Options& options ) {
-   const Pelrec::ImageFile file( options.file );
-   for ( const Pelrec::Record& record : Pelrec::Reader( file.bytes() ).records() ) {
-      fmt::print( "{} {} {}\n", Pelrec::wallTime( record.timeNs ), record.level, record.text );
-   }
+   whileDoing( "reading", [ & ] {
+      const Pelrec::ImageFile file( options.file );
+      for ( const Pelrec::Record& record : Pelrec::Reader( file.bytes() ).records() ) {
+         fmt::print( std::cout, "{} {} {}\n", Pelrec::wallTime( record.timeNs ), record.level,
+                     record.text );
+      }
+   } );
    return kExitClean;
 }
 
 int
 consoleCommand( const Options& options ) {
    if ( options.file == "-" ) {
-      fmt::print( stderr, "console: FILE cannot be -: standard input carries the commands\n" );
+      complain( "console: FILE cannot be -: standard input carries the commands" );
       return kExitUnusable;
    }
    Configuration configuration{};
@@ -221,8 +263,8 @@ consoleCommand( const Options& options ) {
       configuration = std::move( *read );
    }
    ScaleAgent agent( options.rangeEntries );
-   applyConfiguration( agent, configuration );
-   return Console::runConsole( rootsOf( agent ) ) == 0 ? kExitClean : kExitUnusable;
+   whileDoing( "applying", [ & ] { applyConfiguration( agent, configuration ); } );
+   return Console::runConsole( rootsOf( agent ), complainOf ) == 0 ? kExitClean : kExitUnusable;
 }
 
 int

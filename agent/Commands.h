@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,22 @@ struct Options {
    std::string port;
    std::optional< std::string > vlans;   ///< a VLAN list, such as "1,10-100"
 };
+
+/// The file as messages name it.
+std::string shownFile( const Options& options );
+
+/// Memory ran out in a command. Asks for none itself.
+class OutOfMemory : public std::bad_alloc {
+ public:
+   /// `doing` is what was being done to the file, a literal: "reading".
+   explicit OutOfMemory( const char* doing ) : doing_( doing ) {}
+   const char* what() const noexcept override { return doing_; }
+
+ private:
+   const char* doing_;
+};
+
+// The commands themselves. Output goes to std::cout, whose state the caller looks at.
 
 int runCommand( const Options& options );
 int checkCommand( const Options& options );

@@ -8,11 +8,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <span>
 #include <string_view>
 
 #include "Zel/Exception.h"
+#include "agent/JsonWriter.h"
 #include "agent/ScaleAgent.h"
 #include "agent/StateJson.h"
 #include "agent/config/LocatedJson.h"
@@ -21,6 +21,8 @@ namespace Agent {
 namespace {
 
 constexpr std::uint64_t kHighestNumber = 65535;
+// In bytes; an event of the longest port names that anybody has is far below.
+constexpr std::size_t kLongestLine = std::size_t( 1024 ) * 1024;
 
 // Why a line cannot be carried out; the caller adds where.
 [[noreturn]] void
@@ -84,7 +86,16 @@ class Player {
    void initialize() { agent_.stateMachine().handleInitialized(); }
 
    ScaleAgent& agent() { return agent_; }
-   void print( const std::string& line ) { out_ << line << std::endl; }
+   // Lines are there at once, for whoever drives the script by a pipe.
+   void printState() {
+      Agent::printState( out_, agent_ );
+      out_ << std::endl;
+   }
+   void printError( const char* text ) {
+      JsonWriter json( out_, JsonWriter::Layout::Line );
+      json.object( [ & ] { json.member( "error", text ); } );
+      out_ << std::endl;
+   }
 
    // Refuses what would reach a range manager that does not exist yet.
    MoxVlanMapping::MoxVlanRangeMgr& rangeMgr() {
@@ -215,7 +226,7 @@ manual( Player&, const Event& ) {
 
 void
 state( Player& player, const Event& ) {
-   player.print( stateJson( player.agent() ) );
+   player.printState();
 }
 
 struct Operation {
@@ -269,7 +280,7 @@ operationNamed( const std::string& name ) {
 }
 
 void
-carryOut( Player& player, const std::string& line, bool first ) {
+carryOut( Player& player, std::string_view line, bool first ) {
    const ParsedJson parsed = parseJson( line );
    if ( !parsed.value ) {
       refuse( parsed.error );
@@ -293,8 +304,15 @@ carryOut( Player& player, const std::string& line, bool first ) {
       }
       operation.carryOut( player, event );
    } catch ( const Zel::RangeException& error ) {
-      player.print( nlohmann::json{ { "error", error.what() } }.dump() );
+      player.printError( error.what() );
    }
+}
+
+// Of the line that getline() took last.
+std::size_t
+lengthOf( const std::istream& script ) {
+   const auto taken = static_cast< std::size_t >( script.gcount() );
+   return script.good() ? taken - 1 : taken;   // a line that ended has its end counted
 }
 
 }   // namespace
@@ -303,13 +321,21 @@ void
 replay( const std::string& name, std::istream& script, std::ostream& out,
         std::size_t rangeEntriesPerPort ) {
    Player player( out, rangeEntriesPerPort );
-   std::string line;
+   // Has room for one byte too many, and for the end.
+   std::string buffer( kLongestLine + 2, '\0' );
+   const auto room = static_cast< std::streamsize >( buffer.size() );
    bool first = true;
-   for ( std::size_t number = 1; std::getline( script, line ); ++number ) {
+   // Without output there is no point in going on; the caller sees it from the stream.
+   for ( std::size_t number = 1; out && script.getline( buffer.data(), room ).gcount() > 0;
+         ++number ) {
+      const std::string_view line( buffer.data(), lengthOf( script ) );
       if ( line.find_first_not_of( " \t\r" ) == std::string::npos ) {
          continue;
       }
       try {
+         if ( line.size() > kLongestLine ) {
+            refuse( fmt::format( "the line is longer than {} bytes", kLongestLine ) );
+         }
          carryOut( player, line, first );
       } catch ( const std::invalid_argument& cause ) {
          throw ReplayError( fmt::format( "{}:{}: {}", name, number, cause.what() ) );

@@ -20,9 +20,9 @@ class ReplayError : public std::runtime_error {
    using std::runtime_error::runtime_error;
 };
 
-/// Reads `script` (named `name` in errors) to its end. What the events print goes to `out`, a
-/// line at a time. Throws ReplayError at the first line that cannot be carried out; what the lines
-/// before it did stays done.
+/// Reads `script` (named `name` in errors) to its end, or until `out` cannot be written. What the
+/// events print goes to `out`, a line at a time. Throws ReplayError at the first line that cannot be
+/// carried out, one of more than 1 MiB among them; what the lines before it did stays done.
 void replay( const std::string& name, std::istream& script, std::ostream& out,
              std::size_t rangeEntriesPerPort );
 

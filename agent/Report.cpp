@@ -4,11 +4,13 @@
 #include "agent/Report.h"
 
 #include <fmt/format.h>
+#include <fmt/ostream.h>
 
 #include <algorithm>
 #include <map>
-#include <nlohmann/json.hpp>
 
+#include "agent/JsonWriter.h"
+#include "agent/config/Escaped.h"
 #include "agent/config/VlanList.h"
 
 namespace Agent {
@@ -20,7 +22,7 @@ grouped( std::size_t number ) {
    std::string text = std::to_string( number );
    for ( std::size_t at = text.size(); at > 3; ) {
       at -= 3;
-      text.insert( at, "," );
+      text.insert( at, 1, ',' );
    }
    return text;
 }
@@ -51,30 +53,30 @@ vlansByRelay( const PortReport& port ) {
    return vlans;
 }
 
-nlohmann::json
-jsonOf( const PortReport& port ) {
-   nlohmann::json json{ { "mappings", port.mappings },
-                        { "ranges", port.ranges.size() },
-                        { "rangeEntries", port.rangeEntries },
-                        { "exactEntries", port.exactEntries } };
-   json[ "lag" ] = port.lag ? nlohmann::json( *port.lag ) : nlohmann::json();
-   return json;
+std::vector< const PortReport* >
+byName( const std::vector< PortReport >& ports ) {
+   std::vector< const PortReport* > sorted;
+   for ( const PortReport& port : ports ) {
+      sorted.push_back( &port );
+   }
+   std::ranges::sort( sorted, {}, &PortReport::name );
+   return sorted;
 }
 
-nlohmann::json
-jsonOf( const std::vector< RangeReport >& ranges, RangeOrder order ) {
-   nlohmann::json list = nlohmann::json::array();
-   for ( const RangeReport& range : ordered( ranges, order ) ) {
-      nlohmann::json json{ { "low", range.low },
-                           { "high", range.high },
-                           { "relay", range.relay },
-                           { "ids", range.ids() },
-                           { "rank", range.rank } };
-      json[ "rangeEntry" ] =
-         range.rangeEntry ? nlohmann::json( *range.rangeEntry ) : nlohmann::json();
-      list.push_back( std::move( json ) );
-   }
-   return list;
+void
+writeRanges( JsonWriter& json, const PortReport& port, RangeOrder order ) {
+   json.array( [ & ] {
+      for ( const RangeReport& range : ordered( port.ranges, order ) ) {
+         json.object( [ & ] {
+            json.member( "high", range.high );
+            json.member( "ids", range.ids() );
+            json.member( "low", range.low );
+            json.member( "rangeEntry", range.rangeEntry );
+            json.member( "rank", range.rank );
+            json.member( "relay", range.relay );
+         } );
+      }
+   } );
 }
 
 }   // namespace
@@ -128,22 +130,6 @@ makeReport( const ScaleAgent& agent, const Configuration& configuration ) {
 }
 
 std::string
-summaryText( const Report& report ) {
-   std::size_t width = std::string( "port" ).size();
-   for ( const PortReport& port : report.ports ) {
-      width = std::max( width, port.name.size() );
-   }
-   std::string text = fmt::format( "{:<{}}  {:>8}  {:>6}  {:>13}  {:>13}\n", "port", width,
-                                   "mappings", "ranges", "range entries", "exact entries" );
-   for ( const PortReport& port : report.ports ) {
-      text += fmt::format( "{:<{}}  {:>8}  {:>6}  {:>13}  {:>13}\n", port.name, width,
-                           grouped( port.mappings ), grouped( port.ranges.size() ),
-                           grouped( port.rangeEntries ), grouped( port.exactEntries ) );
-   }
-   return text + "\n" + closingLine( report ) + "\n";
-}
-
-std::string
 closingLine( const Report& report ) {
    const Totals total = report.total();
    return fmt::format( "{} -> {} -> {} + {} at {} per port",
@@ -154,70 +140,115 @@ closingLine( const Report& report ) {
                        counted( report.rangeEntriesPerPort, "entry", "entries" ) );
 }
 
-std::string
-rangesText( const PortReport& port, RangeOrder order ) {
-   std::string text;
+void
+printSummary( std::ostream& out, const Report& report ) {
+   constexpr const char* kLine = "{:<{}}  {:>8}  {:>6}  {:>13}  {:>13}\n";
+   const std::string title = "port";
+   std::size_t width = title.size();
+   for ( const PortReport& port : report.ports ) {
+      width = std::max( width, escaped( port.name ).size() );
+   }
+   fmt::print( out, kLine, title, width, "mappings", "ranges", "range entries", "exact entries" );
+   for ( const PortReport& port : report.ports ) {
+      fmt::print( out, kLine, escaped( port.name ), width, grouped( port.mappings ),
+                  grouped( port.ranges.size() ), grouped( port.rangeEntries ),
+                  grouped( port.exactEntries ) );
+   }
+   fmt::print( out, "\n{}\n", closingLine( report ) );
+}
+
+void
+printRanges( std::ostream& out, const PortReport& port, RangeOrder order ) {
    for ( const RangeReport& range : ordered( port.ranges, order ) ) {
       const std::string entry = range.rangeEntry
                                  ? fmt::format( "range entry {}", *range.rangeEntry )
                                  : counted( range.ids(), "exact entry", "exact entries" );
-      text += fmt::format( "{}  {}  -> {}  {}  {}\n", port.name, span( range ), range.relay,
-                           counted( range.ids(), "id", "ids" ), entry );
+      fmt::print( out, "{}  {}  -> {}  {}  {}\n", escaped( port.name ), span( range ), range.relay,
+                  counted( range.ids(), "id", "ids" ), entry );
    }
-   return text;
 }
 
-std::string
-portText( const PortReport& port, RangeOrder order ) {
-   std::string text = fmt::format( "{}: {} -> {} -> {} + {}\n", port.name,
-                                   counted( port.mappings, "mapping", "mappings" ),
-                                   counted( port.ranges.size(), "range", "ranges" ),
-                                   counted( port.rangeEntries, "range entry", "range entries" ),
-                                   counted( port.exactEntries, "exact entry", "exact entries" ) );
+void
+printPort( std::ostream& out, const PortReport& port, RangeOrder order ) {
+   fmt::print( out, "{}: {} -> {} -> {} + {}\n", escaped( port.name ),
+               counted( port.mappings, "mapping", "mappings" ),
+               counted( port.ranges.size(), "range", "ranges" ),
+               counted( port.rangeEntries, "range entry", "range entries" ),
+               counted( port.exactEntries, "exact entry", "exact entries" ) );
    if ( port.lag ) {
-      text += fmt::format( "member of {}\n", *port.lag );
+      fmt::print( out, "member of {}\n", escaped( *port.lag ) );
    }
    for ( const auto& [ relay, vlans ] : vlansByRelay( port ) ) {
-      text += fmt::format( "to {}: {}\n", relay, formatVlanList( vlans ) );
+      fmt::print( out, "to {}: {}\n", relay, formatVlanList( vlans ) );
    }
-   return text + rangesText( port, order );
+   printRanges( out, port, order );
 }
 
-std::string
-summaryJson( const Report& report ) {
-   nlohmann::json json;
-   json[ "ports" ] = nlohmann::json::object();
-   for ( const PortReport& port : report.ports ) {
-      json[ "ports" ][ port.name ] = jsonOf( port );
-   }
-   json[ "rangeEntriesPerPort" ] = report.rangeEntriesPerPort;
-   const Totals total = report.total();
-   json[ "total" ] = { { "mappings", total.mappings },
-                       { "ranges", total.ranges },
-                       { "rangeEntries", total.rangeEntries },
-                       { "exactEntries", total.exactEntries } };
-   return json.dump( 2 ) + "\n";
+void
+printSummaryJson( std::ostream& out, const Report& report ) {
+   JsonWriter json( out, JsonWriter::Layout::Indented );
+   json.object( [ & ] {
+      json.key( "ports" );
+      json.object( [ & ] {
+         for ( const PortReport* port : byName( report.ports ) ) {
+            json.key( port->name );
+            json.object( [ & ] {
+               json.member( "exactEntries", port->exactEntries );
+               json.member( "lag", port->lag );
+               json.member( "mappings", port->mappings );
+               json.member( "rangeEntries", port->rangeEntries );
+               json.member( "ranges", port->ranges.size() );
+            } );
+         }
+      } );
+      json.member( "rangeEntriesPerPort", report.rangeEntriesPerPort );
+      json.key( "total" );
+      json.object( [ &, total = report.total() ] {
+         json.member( "exactEntries", total.exactEntries );
+         json.member( "mappings", total.mappings );
+         json.member( "rangeEntries", total.rangeEntries );
+         json.member( "ranges", total.ranges );
+      } );
+   } );
+   out << '\n';
 }
 
-std::string
-rangesJson( const std::vector< PortReport >& ports, RangeOrder order ) {
-   nlohmann::json json = nlohmann::json::object();
-   for ( const PortReport& port : ports ) {
-      json[ port.name ] = jsonOf( port.ranges, order );
-   }
-   return json.dump( 2 ) + "\n";
+void
+printRangesJson( std::ostream& out, const std::vector< PortReport >& ports, RangeOrder order ) {
+   JsonWriter json( out, JsonWriter::Layout::Indented );
+   json.object( [ & ] {
+      for ( const PortReport* port : byName( ports ) ) {
+         json.key( port->name );
+         writeRanges( json, *port, order );
+      }
+   } );
+   out << '\n';
 }
 
-std::string
-portJson( const PortReport& port, RangeOrder order ) {
-   nlohmann::json json = jsonOf( port );
-   json[ "name" ] = port.name;
-   json[ "ranges" ] = jsonOf( port.ranges, order );
-   json[ "vlans" ] = nlohmann::json::object();
-   for ( const auto& [ relay, vlans ] : vlansByRelay( port ) ) {
-      json[ "vlans" ][ std::to_string( relay ) ] = formatVlanList( vlans );
-   }
-   return json.dump( 2 ) + "\n";
+void
+printPortJson( std::ostream& out, const PortReport& port, RangeOrder order ) {
+   JsonWriter json( out, JsonWriter::Layout::Indented );
+   json.object( [ & ] {
+      json.member( "exactEntries", port.exactEntries );
+      json.member( "lag", port.lag );
+      json.member( "mappings", port.mappings );
+      json.member( "name", port.name );
+      json.member( "rangeEntries", port.rangeEntries );
+      json.key( "ranges" );
+      writeRanges( json, port, order );
+      json.key( "vlans" );
+      json.object( [ & ] {
+         // Keys are sorted as text.
+         std::map< std::string, std::string > lists;
+         for ( const auto& [ relay, vlans ] : vlansByRelay( port ) ) {
+            lists.emplace( std::to_string( relay ), formatVlanList( vlans ) );
+         }
+         for ( const auto& [ relay, list ] : lists ) {
+            json.member( relay, list );
+         }
+      } );
+   } );
+   out << '\n';
 }
 
 PortReport

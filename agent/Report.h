@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -55,19 +56,22 @@ enum class RangeOrder { Size, Vid };
 
 /// "1 mapping", "36,775 mappings"
 std::string counted( std::size_t number, const char* one, const char* many );
-/// One line per port and the closing line.
-std::string summaryText( const Report& report );
 /// "36,775 mappings -> 4,092 ranges -> 325 range entries + 4,407 exact entries at 8 entries per
 /// port"
 std::string closingLine( const Report& report );
-/// One line per range: "eth1  1000-1127  -> 3001  128 ids  range entry 2".
-std::string rangesText( const PortReport& port, RangeOrder order );
-/// A port's numbers, its VLAN ids by translation, and its ranges.
-std::string portText( const PortReport& port, RangeOrder order );
 
-std::string summaryJson( const Report& report );
-std::string rangesJson( const std::vector< PortReport >& ports, RangeOrder order );
-std::string portJson( const PortReport& port, RangeOrder order );
+// What follows is written as it is made, for a report may be large. Names are shown escaped.
+
+/// One line per port and the closing line.
+void printSummary( std::ostream& out, const Report& report );
+/// One line per range: "eth1  1000-1127  -> 3001  128 ids  range entry 2".
+void printRanges( std::ostream& out, const PortReport& port, RangeOrder order );
+/// A port's numbers, its VLAN ids by translation, and its ranges.
+void printPort( std::ostream& out, const PortReport& port, RangeOrder order );
+
+void printSummaryJson( std::ostream& out, const Report& report );
+void printRangesJson( std::ostream& out, const std::vector< PortReport >& ports, RangeOrder order );
+void printPortJson( std::ostream& out, const PortReport& port, RangeOrder order );
 
 /// Only the ranges that hold one of `vlans` (ascending).
 PortReport onlyVlans( PortReport port, const std::vector< std::uint16_t >& vlans );

@@ -4,65 +4,70 @@
 #include "agent/StateJson.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+#include <map>
 #include <tuple>
 #include <vector>
+
+#include "agent/JsonWriter.h"
 
 namespace Agent {
 namespace {
 
-using nlohmann::json;
-
-json
-namesOf( const ScaleAgent& agent, const auto& ids ) {
-   json names = json::array();
-   for ( const Corvel::IntfId id : ids ) {
-      names.push_back( agent.ports().name( id ) );
-   }
-   return names;
-}
-
-json
-rangeJson( const MoxVlanMapping::VlanRangeXlateMapping& range ) {
-   return { range.lowVid().value(), range.highVid().value(), range.mapping().rawVlanId() };
-}
-
-json
-rangesJson( const MoxVlanMapping::VlanRangeEntry* entry ) {
-   json ranges = json::array();
-   if ( entry ) {
-      for ( const auto& element : entry->vlanIdRange() ) {
-         ranges.push_back( rangeJson( element.value() ) );
+void
+writeNames( JsonWriter& json, const ScaleAgent& agent, const auto& ids ) {
+   json.array( [ & ] {
+      for ( const Corvel::IntfId id : ids ) {
+         json.value( agent.ports().name( id ) );
       }
-   }
-   return ranges;
+   } );
 }
 
-json
-startsJson( const MoxVlanMapping::VlanRangeEntry* entry ) {
-   json starts = json::array();
-   if ( entry ) {
-      for ( const auto& element : entry->revSortedStartVid() ) {
-         starts.push_back( element.key().value() );
+void
+writeRange( JsonWriter& json, const MoxVlanMapping::VlanRangeXlateMapping& range ) {
+   json.array( [ & ] {
+      json.value( range.lowVid().value() );
+      json.value( range.highVid().value() );
+      json.value( range.mapping().rawVlanId() );
+   } );
+}
+
+void
+writeRanges( JsonWriter& json, const MoxVlanMapping::VlanRangeEntry* entry ) {
+   json.array( [ & ] {
+      if ( entry ) {
+         for ( const auto& element : entry->vlanIdRange() ) {
+            writeRange( json, element.value() );
+         }
       }
-   }
-   return starts;
+   } );
 }
 
-json
-sortedJson( const MoxVlanMapping::VlanXlateScaleEntry* entry ) {
+void
+writeStarts( JsonWriter& json, const MoxVlanMapping::VlanRangeEntry* entry ) {
+   json.array( [ & ] {
+      if ( entry ) {
+         for ( const auto& element : entry->revSortedStartVid() ) {
+            json.value( element.key().value() );
+         }
+      }
+   } );
+}
+
+void
+writeSorted( JsonWriter& json, const MoxVlanMapping::VlanXlateScaleEntry* entry ) {
    if ( !entry ) {
-      return nullptr;
+      json.null();
+      return;
    }
-   json sorted = json::array();
-   for ( const auto& element : entry->vidRangeSorted() ) {
-      sorted.push_back( rangeJson( element.key() ) );
-   }
-   return sorted;
+   json.array( [ & ] {
+      for ( const auto& element : entry->vidRangeSorted() ) {
+         writeRange( json, element.key() );
+      }
+   } );
 }
 
-json
-exactJson( const MoxVlanMapping::VlanXlateScaleEntry* entry ) {
+void
+writeExact( JsonWriter& json, const MoxVlanMapping::VlanXlateScaleEntry* entry ) {
    std::vector< std::uint16_t > vlans;
    if ( entry ) {
       for ( const auto& member : entry->vlanInXlateHashTable() ) {
@@ -70,43 +75,54 @@ exactJson( const MoxVlanMapping::VlanXlateScaleEntry* entry ) {
       }
    }
    std::ranges::sort( vlans );
-   return vlans;
+   json.array( [ & ] {
+      for ( const std::uint16_t vlan : vlans ) {
+         json.value( vlan );
+      }
+   } );
 }
 
 // Every interface that has an entry in either directory.
-json
-portsJson( const ScaleAgent& agent ) {
+void
+writePorts( JsonWriter& json, const ScaleAgent& agent ) {
    const auto scaleEntryDir = agent.programmer().vlanXlateScaleEntryDir();
-   std::vector< Corvel::IntfId > ids;
+   std::map< std::string, Corvel::IntfId > ids;
    for ( const auto& element : agent.rangeEntryDir().vlanRangeEntry() ) {
-      ids.push_back( element.key() );
+      ids.emplace( agent.ports().name( element.key() ), element.key() );
    }
    for ( const auto& element : scaleEntryDir->vlanXlateScaleEntry() ) {
-      ids.push_back( element.key() );
+      ids.emplace( agent.ports().name( element.key() ), element.key() );
    }
-   json ports = json::object();
-   for ( const Corvel::IntfId id : ids ) {
-      const auto rangeEntry = agent.rangeEntryDir().vlanRangeEntry( id );
-      const auto scaleEntry = scaleEntryDir->vlanXlateScaleEntry( id );
-      ports[ agent.ports().name( id ) ] = { { "exact", exactJson( scaleEntry.get() ) },
-                                            { "ranges", rangesJson( rangeEntry.get() ) },
-                                            { "sorted", sortedJson( scaleEntry.get() ) },
-                                            { "starts", startsJson( rangeEntry.get() ) } };
-   }
-   return ports;
+   json.object( [ & ] {
+      for ( const auto& [ name, id ] : ids ) {
+         const auto rangeEntry = agent.rangeEntryDir().vlanRangeEntry( id );
+         const auto scaleEntry = scaleEntryDir->vlanXlateScaleEntry( id );
+         json.key( name );
+         json.object( [ & ] {
+            json.key( "exact" );
+            writeExact( json, scaleEntry.get() );
+            json.key( "ranges" );
+            writeRanges( json, rangeEntry.get() );
+            json.key( "sorted" );
+            writeSorted( json, scaleEntry.get() );
+            json.key( "starts" );
+            writeStarts( json, rangeEntry.get() );
+         } );
+      }
+   } );
 }
 
-json
-scheduleJson( const ScaleAgent& agent ) {
+void
+writeSchedule( JsonWriter& json, const ScaleAgent& agent ) {
    std::vector< Corvel::IntfId > ids;
    for ( const auto& member : agent.scheduleDir().vlanXlateSchedule() ) {
       ids.push_back( member.key() );
    }
-   return namesOf( agent, ids );
+   writeNames( json, agent, ids );
 }
 
-json
-statusJson( const ScaleAgent& agent ) {
+void
+writeStatus( JsonWriter& json, const ScaleAgent& agent ) {
    using Row = std::tuple< std::string, std::uint16_t, std::uint16_t >;
    std::vector< Row > rows;
    for ( const auto& element : agent.acsd().statusDir()->status() ) {
@@ -114,26 +130,42 @@ statusJson( const ScaleAgent& agent ) {
                          element.key().vlanId().value(), element.value().mapping().rawVlanId() );
    }
    std::ranges::sort( rows );
-   return rows;
+   json.array( [ & ] {
+      for ( const Row& row : rows ) {
+         json.array( [ & ] {
+            std::apply( [ & ]( const auto&... fields ) { ( json.value( fields ), ... ); }, row );
+         } );
+      }
+   } );
 }
 
 }   // namespace
 
-std::string
-stateJson( ScaleAgent& agent ) {
+void
+printState( std::ostream& out, ScaleAgent& agent ) {
    const RangeProgrammer::Progress progress = agent.programmer().takeProgress();
    const auto task = agent.programmer().task();
-   const json state{
-      { "codef",
-        { { "completed", progress.completed }, { "handed", namesOf( agent, progress.handed ) } } },
-      { "ports", portsJson( agent ) },
-      { "schedule", scheduleJson( agent ) },
-      { "status", statusJson( agent ) },
-      { "task",
-        { { "pending", task->taskWorkPending() },
-          { "scheduled", task->scheduled() },
-          { "work", task->taskWorkCount() } } } };
-   return state.dump();
+   JsonWriter json( out, JsonWriter::Layout::Line );
+   json.object( [ & ] {
+      json.key( "codef" );
+      json.object( [ & ] {
+         json.member( "completed", progress.completed );
+         json.key( "handed" );
+         writeNames( json, agent, progress.handed );
+      } );
+      json.key( "ports" );
+      writePorts( json, agent );
+      json.key( "schedule" );
+      writeSchedule( json, agent );
+      json.key( "status" );
+      writeStatus( json, agent );
+      json.key( "task" );
+      json.object( [ & ] {
+         json.member( "pending", task->taskWorkPending() );
+         json.member( "scheduled", task->scheduled() );
+         json.member( "work", task->taskWorkCount() );
+      } );
+   } );
 }
 
 }   // namespace Agent

@@ -4,7 +4,7 @@
 // StateJson: the whole state of the library as one line of JSON, for comparison from outside.
 #pragma once
 
-#include <string>
+#include <ostream>
 
 #include "agent/ScaleAgent.h"
 
@@ -12,6 +12,6 @@ namespace Agent {
 
 /// One line without its end, keys sorted, ports by name. Takes the programmer's progress, so each
 /// call shows what happened since the last one. docs/replay.md describes the members.
-std::string stateJson( ScaleAgent& agent );
+void printState( std::ostream& out, ScaleAgent& agent );
 
 }   // namespace Agent

@@ -2,13 +2,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // vlan-scale-agent: command line of the reference agent.
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
+#include <csignal>
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -18,6 +21,7 @@
 #include "Zel/Exception.h"
 #include "Zel/Trace.h"
 #include "agent/Commands.h"
+#include "agent/Complain.h"
 
 namespace {
 
@@ -105,7 +109,13 @@ class CommandLine {
          return app_.exit( error ) == 0 ? Agent::kExitClean : Agent::kExitUnusable;
       }
       process_.apply();
-      return chosen_( options_ );
+      try {
+         return chosen_( options_ );
+      } catch ( const Agent::OutOfMemory& error ) {
+         Agent::complain( "{}: out of memory while {} it", Agent::shownFile( options_ ),
+                          error.what() );
+         return Agent::kExitUnusable;
+      }
    }
 
  private:
@@ -156,19 +166,38 @@ class CommandLine {
    std::function< int( const Options& ) > chosen_;
 };
 
+// Whatever the agent was started with, it works to its end, and what it opens is no standard
+// stream.
+void
+takeStandardStreams() {
+   // Reading and writing this fails, as with the closed descriptor that it stands for.
+   int unusable = -1;
+   do {
+      unusable = open( "/", O_PATH | O_CLOEXEC );
+   } while ( 0 <= unusable && unusable <= STDERR_FILENO );
+   if ( unusable >= 0 ) {
+      close( unusable );
+   }
+   std::signal( SIGPIPE, SIG_IGN );   // a write that fails is an error like another
+}
+
 }   // namespace
 
 int
 main( int argc, char** argv ) {
+   takeStandardStreams();
+   int exitCode = Agent::kExitUnusable;
    try {
-      const int exitCode = CommandLine().execute( argc, argv );
-      // Also flushes stdout; what it still holds would be lost without a word.
-      if ( !std::cout.flush() ) {
-         throw std::runtime_error( "standard output cannot be written" );
-      }
-      return exitCode;
+      exitCode = CommandLine().execute( argc, argv );
+   } catch ( const std::bad_alloc& ) {
+      Agent::complain( "out of memory" );
    } catch ( const std::exception& error ) {
-      fmt::print( stderr, "{}\n", error.what() );
+      Agent::complain( "{}", error.what() );
+   }
+   // Also flushes stdout; what it still holds would be lost without a word.
+   if ( !std::cout.flush() ) {
+      Agent::complain( "standard output cannot be written" );
       return Agent::kExitUnusable;
    }
+   return exitCode;
 }

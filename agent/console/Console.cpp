@@ -8,6 +8,7 @@
 
 #include <exception>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -20,23 +21,21 @@
 namespace Agent::Console {
 namespace {
 
-// False when the line failed, which has been told then.
-bool
-carriedOut( Session& session, const std::string& line, const std::string& where ) {
-   std::optional< std::string > complaint;
+// Why the line failed, if it did.
+std::optional< std::string >
+carriedOut( Session& session, const std::string& line ) {
+   std::optional< std::string > error;
    try {
       carryOut( session, line );
-   } catch ( const Zel::Exception& error ) {
-      complaint = error.message();
-   } catch ( const std::exception& error ) {
-      complaint = error.what();
+   } catch ( const Zel::Exception& refusal ) {
+      error = refusal.message();
+   } catch ( const std::bad_alloc& ) {
+      error = "out of memory";
+   } catch ( const std::exception& refusal ) {
+      error = refusal.what();
    }
    session.out.flush();   // before the error: both may go to one place
-   if ( !complaint ) {
-      return true;
-   }
-   std::cerr << where << *complaint << std::endl;
-   return false;
+   return error;
 }
 
 // Without output there is no point in going on; main() tells why.
@@ -46,7 +45,7 @@ goesOn( const Session& session ) {
 }
 
 void
-readTerminal( Session& session ) {
+readTerminal( Session& session, Complain complain ) {
    LineEditor editor( [ &session ]( std::string_view line ) { return complete( session, line ); } );
    while ( goesOn( session ) ) {
       const std::optional< std::string > line = editor.next( "> " );
@@ -54,16 +53,21 @@ readTerminal( Session& session ) {
          session.out << '\n';   // behind the prompt
          break;
       }
-      carriedOut( session, *line, "" );
+      if ( const auto error = carriedOut( session, *line ) ) {
+         complain( *error );
+      }
    }
 }
 
 std::size_t
-readLines( Session& session ) {
+readLines( Session& session, Complain complain ) {
    std::size_t failed = 0;
    std::string line;
    for ( std::size_t number = 1; goesOn( session ) && std::getline( std::cin, line ); ++number ) {
-      failed += carriedOut( session, line, fmt::format( "line {}: ", number ) ) ? 0 : 1;
+      if ( const auto error = carriedOut( session, line ) ) {
+         complain( fmt::format( "line {}: {}", number, *error ) );
+         ++failed;
+      }
    }
    return failed;
 }
@@ -71,12 +75,12 @@ readLines( Session& session ) {
 }   // namespace
 
 std::size_t
-runConsole( Roots roots ) {
+runConsole( Roots roots, Complain complain ) {
    Session session{ std::move( roots ), std::cout };
    if ( isatty( STDIN_FILENO ) == 0 ) {
-      return readLines( session );
+      return readLines( session, complain );
    }
-   readTerminal( session );
+   readTerminal( session, complain );
    return 0;
 }
 

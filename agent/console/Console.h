@@ -8,13 +8,17 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "agent/console/Path.h"
 
 namespace Agent::Console {
 
-/// Reads standard input until its end or `quit`, prints to standard output and error. Returns the
-/// number of lines that failed, 0 for a terminal. `step` and `run` call the root "scheduler".
-std::size_t runConsole( Roots roots );
+/// Says in one line what could not be done.
+using Complain = void ( * )( const std::string& error );
+
+/// Reads standard input until its end or `quit`, prints to standard output. Returns the number of
+/// lines that failed, 0 for a terminal. `step` and `run` call the root "scheduler".
+std::size_t runConsole( Roots roots, Complain complain );
 
 }   // namespace Agent::Console

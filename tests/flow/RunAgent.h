@@ -7,6 +7,7 @@
 // block. Throws std::system_error when a child cannot be started.
 #pragma once
 
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -76,9 +77,42 @@ contentOf( std::FILE* file ) {
    return content;
 }
 
+/// Where the child's output or errors go: to the outcome, or to where writing fails.
+enum class Stream { Kept, Closed, FullDevice, DeadPipe };
+
+/// The end of a pipe that nobody reads.
+inline int
+deadPipe() {
+   int ends[ 2 ];
+   if ( pipe( ends ) != 0 ) {
+      throw std::system_error( errno, std::generic_category(), "pipe" );
+   }
+   close( ends[ 0 ] );
+   return ends[ 1 ];
+}
+
+inline void
+addStream( posix_spawn_file_actions_t& actions, Stream stream, int kept, int dead, int as ) {
+   switch ( stream ) {
+   case Stream::Kept:
+      posix_spawn_file_actions_adddup2( &actions, kept, as );
+      break;
+   case Stream::Closed:
+      posix_spawn_file_actions_addclose( &actions, as );
+      break;
+   case Stream::FullDevice:
+      posix_spawn_file_actions_addopen( &actions, as, "/dev/full", O_WRONLY, 0 );
+      break;
+   case Stream::DeadPipe:
+      posix_spawn_file_actions_adddup2( &actions, dead, as );
+      break;
+   }
+}
+
 /// `words` is the path of the program and its arguments.
 inline Outcome
-runProgram( std::vector< std::string > words, std::string_view input = "" ) {
+runProgram( std::vector< std::string > words, std::string_view input = "",
+            Stream output = Stream::Kept, Stream errors = Stream::Kept ) {
    // A child that aborts on purpose leaves no core file.
    const rlimit noCore{ 0, 0 };
    setrlimit( RLIMIT_CORE, &noCore );
@@ -95,11 +129,13 @@ runProgram( std::vector< std::string > words, std::string_view input = "" ) {
    posix_spawn_file_actions_t actions;
    posix_spawn_file_actions_init( &actions );
    posix_spawn_file_actions_adddup2( &actions, fileno( in.get() ), STDIN_FILENO );
-   posix_spawn_file_actions_adddup2( &actions, fileno( out.get() ), STDOUT_FILENO );
-   posix_spawn_file_actions_adddup2( &actions, fileno( err.get() ), STDERR_FILENO );
+   const int dead = deadPipe();
+   addStream( actions, output, fileno( out.get() ), dead, STDOUT_FILENO );
+   addStream( actions, errors, fileno( err.get() ), dead, STDERR_FILENO );
    pid_t child = 0;
    const int error = posix_spawn( &child, argv[ 0 ], &actions, nullptr, argv.data(), environ );
    posix_spawn_file_actions_destroy( &actions );
+   close( dead );
    if ( error != 0 ) {
       throw std::system_error( error, std::generic_category(), words[ 0 ] );
    }
@@ -116,9 +152,10 @@ runProgram( std::vector< std::string > words, std::string_view input = "" ) {
 
 /// The agent with these arguments.
 inline Outcome
-runAgent( std::vector< std::string > arguments, std::string_view input = "" ) {
+runAgent( std::vector< std::string > arguments, std::string_view input = "",
+          Stream output = Stream::Kept, Stream errors = Stream::Kept ) {
    arguments.insert( arguments.begin(), MOX_AGENT );
-   return runProgram( std::move( arguments ), input );
+   return runProgram( std::move( arguments ), input, output, errors );
 }
 
 inline std::string

@@ -3,6 +3,7 @@
 // `show`: lines and documents of the small samples.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -264,6 +265,63 @@ TEST( AgentShowPort, theDocumentIsStable ) {
 TEST( AgentShowPort, anUnknownPortIsRefused ) {
    EXPECT_EQ( runAgent( { "show", "port", "nope", ieee() } ).text(),
               exited( 2, "", ieee() + ": there is no port \"nope\"\n" ) );
+}
+
+// A port and its aggregate whose names look like others: "eth2" from right to left, "lag" with a
+// character that is not seen.
+constexpr const char* kTricky = R"({"openconfig-interfaces:interfaces": {"interface": [
+{"name": "\u202e2hte", "config": {"name": "\u202e2hte", "type": "iana-if-type:ethernetCsmacd"},
+ "openconfig-if-ethernet:ethernet": {
+  "config": {"openconfig-if-aggregate:aggregate-id": "la\u200bg"}}},
+{"name": "la\u200bg", "config": {"name": "la\u200bg", "type": "iana-if-type:ieee8023adLag"},
+ "openconfig-if-aggregate:aggregation": {"openconfig-vlan:switched-vlan": {}},
+ "subinterfaces": {"subinterface": [
+  {"index": 1, "config": {"index": 1}, "openconfig-vlan:vlan": {
+   "match": {"single-tagged": {"config": {"vlan-id": 7}}},
+   "ingress-mapping": {"config": {"vlan-stack-action": "SWAP", "vlan-id": 9}},
+   "egress-mapping": {"config": {"vlan-stack-action": "SWAP", "vlan-id": 7}}}}]}}]}})";
+
+TEST( AgentNames, thatLookLikeOthersAreShownEscaped ) {
+   using Words = std::vector< std::string >;
+   for ( const Words& command :
+         { Words{ "run" }, Words{ "run", "--json" }, Words{ "show", "ranges" },
+           Words{ "show", "ranges", "--json" }, Words{ "show", "port", "la\u200bg" },
+           Words{ "show", "port", "\u202e2hte", "--json" }, Words{ "check", "-v" } } ) {
+      Words words = command;
+      words.push_back( "-" );
+      const Outcome outcome = runAgent( words, kTricky );
+      EXPECT_EQ( outcome.exitCode, 0 ) << outcome.text();
+      const std::string all = outcome.out + outcome.err;
+      EXPECT_EQ( all.find( "\u202e" ), std::string::npos ) << all;
+      EXPECT_EQ( all.find( "\u200b" ), std::string::npos ) << all;
+   }
+   EXPECT_EQ( runAgent( { "show", "ranges", "-" }, kTricky ).out,
+              "la\\u200bg  7  -> 9  1 id  range entry 1\n" );
+   EXPECT_EQ( linesWith( runAgent( { "show", "port", "\u202e2hte", "-" }, kTricky ).out, "member" ),
+              "member of la\\u200bg\n" );
+   EXPECT_EQ( runAgent( { "show", "port", "\u202eno", "-" }, kTricky ).text(),
+              exited( 2, "", "<stdin>: there is no port \"\\u202eno\"\n" ) );
+   // The summary's columns stay below each other.
+   for ( const std::string& line : linesOf( runAgent( { "run", "-" }, kTricky ).out ) ) {
+      EXPECT_TRUE( line.empty() || line.find( "->" ) != std::string::npos || line.size() == 58 )
+         << line;
+   }
+}
+
+TEST( AgentNames, areTheSameToAReaderOfJson ) {
+   const Outcome outcome = runAgent( { "run", "--json", "-" }, kTricky );
+   const auto ports = nlohmann::json::parse( outcome.out ).at( "ports" );
+   EXPECT_EQ( ports.at( "\u202e2hte" ).at( "lag" ), "la\u200bg" );
+   EXPECT_EQ( ports.at( "la\u200bg" ).at( "mappings" ), 1 );
+}
+
+TEST( AgentNames, areShownEscapedInFindings ) {
+   std::string text = kTricky;
+   text.replace( text.find( "\"vlan-id\": 7" ), 12, "\"vlan-id\": 0" );
+   const Outcome outcome = runAgent( { "check", "-" }, text );
+   EXPECT_EQ( outcome.exitCode, 1 ) << outcome.text();
+   EXPECT_NE( outcome.out.find( "interface[name='la\\u200bg']" ), std::string::npos )
+      << outcome.out;
 }
 
 }   // namespace
