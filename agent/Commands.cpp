@@ -16,6 +16,7 @@
 #include "Pelrec/Reader.h"
 #include "agent/Apply.h"
 #include "agent/Complain.h"
+#include "agent/JsonWriter.h"
 #include "agent/Replay.h"
 #include "agent/config/ConfigurationReader.h"
 #include "agent/config/Escaped.h"
@@ -29,6 +30,11 @@ namespace {
 std::string
 findings( std::size_t number ) {
    return counted( number, "finding", "findings" );
+}
+
+std::string
+fileName( const Options& options ) {
+   return options.file == "-" ? "<stdin>" : options.file;
 }
 
 // What `work()` returns; memory that runs out meanwhile is told with what was being done.
@@ -84,6 +90,60 @@ reportOn( const Options& options ) {
    } );
 }
 
+std::size_t
+mappingsOf( const Configuration& configuration ) {
+   std::size_t mappings = 0;
+   for ( const Port& port : configuration.ports ) {
+      mappings += port.ingress.size();
+   }
+   return mappings;
+}
+
+// The text, or none where there is nothing to say.
+std::optional< std::string >
+unlessEmpty( const std::string& text ) {
+   return text.empty() ? std::nullopt : std::optional( text );
+}
+
+void
+printCheckJson( const Options& options, const ReadResult& result ) {
+   JsonWriter json( std::cout, JsonWriter::Layout::Indented );
+   const auto& configuration = result.configuration;
+   json.object( [ & ] {
+      json.member( "file", fileName( options ) );
+      json.key( "findings" );
+      json.array( [ & ] {
+         for ( const Finding& finding : result.findings ) {
+            json.object( [ & ] {
+               json.member( "allowed", unlessEmpty( finding.allowed ) );
+               json.member( "line",
+                            finding.line != 0 ? std::optional( finding.line ) : std::nullopt );
+               json.member( "path", unlessEmpty( finding.path ) );
+               json.member( "problem", finding.problem );
+               json.member( "value", unlessEmpty( finding.value ) );
+            } );
+         }
+      } );
+      json.member( "mappings",
+                   configuration ? std::optional( mappingsOf( *configuration ) ) : std::nullopt );
+      json.member( "ports",
+                   configuration ? std::optional( configuration->ports.size() ) : std::nullopt );
+      json.key( "unused" );
+      json.array( [ & ] {
+         if ( configuration ) {
+            for ( const UnusedMember& member : configuration->unused ) {
+               json.object( [ & ] {
+                  json.member( "count", member.count );
+                  json.member( "path", member.path );
+                  json.member( "reason", member.reason );
+               } );
+            }
+         }
+      } );
+   } );
+   std::cout << '\n';
+}
+
 // Leaves only the ranges asked for; false when the list of VLANs is no list.
 bool
 filterVlans( const Options& options, std::vector< PortReport >& ports ) {
@@ -127,7 +187,7 @@ complainOf( const std::string& error ) {
 
 std::string
 shownFile( const Options& options ) {
-   return options.file == "-" ? "<stdin>" : escaped( options.file );
+   return escaped( fileName( options ) );
 }
 
 int
@@ -145,12 +205,17 @@ runCommand( const Options& options ) {
 int
 checkCommand( const Options& options ) {
    const ReadResult result = read( options );
+   if ( options.json ) {
+      whileDoing( "reporting on", [ & ] { printCheckJson( options, result ); } );
+   }
    if ( result.unusable ) {
       complain( "{}", result.findings.front().text() );
       return kExitUnusable;
    }
-   for ( const Finding& finding : result.findings ) {
-      std::cout << finding.text() << '\n';
+   if ( !options.json ) {
+      for ( const Finding& finding : result.findings ) {
+         std::cout << finding.text() << '\n';
+      }
    }
    if ( !result.configuration ) {
       complain( "{}: {}", shownFile( options ), findings( result.findings.size() ) );
@@ -159,13 +224,9 @@ checkCommand( const Options& options ) {
    if ( options.verbose ) {
       complainOfUnused( *result.configuration );
    }
-   std::size_t mappings = 0;
-   for ( const Port& port : result.configuration->ports ) {
-      mappings += port.ingress.size();
-   }
    complain( "{}: clean, {}, {}", shownFile( options ),
              counted( result.configuration->ports.size(), "port", "ports" ),
-             counted( mappings, "mapping", "mappings" ) );
+             counted( mappingsOf( *result.configuration ), "mapping", "mappings" ) );
    return kExitClean;
 }
 

@@ -22,10 +22,17 @@
 #include "Zel/Trace.h"
 #include "agent/Commands.h"
 #include "agent/Complain.h"
+#include "agent/NearMiss.h"
+#include "agent/console/TraceList.h"
 
 namespace {
 
 using Agent::Options;
+
+// All that a command can use. A handle joins Zel's list when it is first used, which is too late to
+// tell a misspelt name.
+const std::vector< std::string > kTraceHandles{ "MoxVlanMappingScaleSm", "MoxVlanRangeMappingCodef",
+                                                "MoxVlanRangeMgr" };
 
 // Options that hold for the process rather than for one command's work.
 struct ProcessOptions {
@@ -39,6 +46,13 @@ struct ProcessOptions {
          } catch ( const Zel::ParseException& error ) {
             throw std::runtime_error( fmt::format( "--trace {}: {}", list, error.what() ) );
          }
+         const auto unknown = Agent::Console::handlesBeside( kTraceHandles, list );
+         if ( !unknown.empty() ) {
+            throw std::runtime_error( fmt::format( "--trace {}: there is no handle \"{}\"; there "
+                                                   "are: {}",
+                                                   list, unknown.front(),
+                                                   fmt::join( kTraceHandles, ", " ) ) );
+         }
       }
       if ( !ring.empty() ) {
          Pelrec::trace().fileIs( ring );
@@ -46,10 +60,20 @@ struct ProcessOptions {
    }
 };
 
+// 010 would be taken for octal, 0x10 for hexadecimal. Empty for a number that is neither.
+std::string
+plainDecimal( const std::string& text ) {
+   const bool digits = !text.empty() && text.find_first_not_of( "0123456789" ) == std::string::npos;
+   return digits && ( text == "0" || text.front() != '0' )
+           ? ""
+           : fmt::format( "\"{}\" is no decimal number without leading zeros", text );
+}
+
 class CommandLine {
  public:
    CommandLine() {
       app_.require_subcommand( 1 );
+      app_.set_version_flag( "--version", "vlan-scale-agent " MOX_VERSION );
       app_.footer( "Exit codes: 0 done, 1 check has findings, 2 input or command line unusable." );
 
       CLI::App* run =
@@ -61,6 +85,7 @@ class CommandLine {
       CLI::App* check =
          command( app_, "check", "validate a configuration, apply nothing", Agent::checkCommand );
       configurationFile( check );
+      json( check );
 
       CLI::App* show = app_.add_subcommand( "show", "show what a configuration becomes" );
       show->require_subcommand( 1 );
@@ -105,8 +130,11 @@ class CommandLine {
    int execute( int argc, char** argv ) {
       try {
          app_.parse( argc, argv );
+      } catch ( const CLI::Success& wish ) {
+         return app_.exit( wish );   // help or version
       } catch ( const CLI::ParseError& error ) {
-         return app_.exit( error ) == 0 ? Agent::kExitClean : Agent::kExitUnusable;
+         Agent::complain( "{}\nRun with --help for more information.", refusal( error ) );
+         return Agent::kExitUnusable;
       }
       process_.apply();
       try {
@@ -119,6 +147,41 @@ class CommandLine {
    }
 
  private:
+   // What is wrong with the command line; of a word that is no name, what may have been meant.
+   std::string refusal( const CLI::ParseError& error ) const {
+      const CLI::App* chosen = &app_;
+      std::vector< std::string > options;
+      for ( ;; ) {
+         for ( const CLI::Option* option : chosen->get_options() ) {
+            for ( const std::string& name : option->get_lnames() ) {
+               options.push_back( "--" + name );
+            }
+         }
+         if ( chosen->get_subcommands().empty() ) {
+            break;
+         }
+         chosen = chosen->get_subcommands().front();
+      }
+      std::vector< std::string > commands;
+      for ( const CLI::App* one : chosen->get_subcommands( {} ) ) {
+         commands.push_back( one->get_name() );
+      }
+      for ( const std::string& word : app_.remaining( true ) ) {
+         if ( word.starts_with( '-' ) ) {
+            const std::string name = word.substr( 0, word.find( '=' ) );
+            if ( const std::string meant = Agent::nearMiss( name, options ); !meant.empty() ) {
+               return fmt::format( "{}: did you mean {}?", name, meant );
+            }
+         } else if ( !commands.empty() ) {
+            const std::string meant = Agent::nearMiss( word, commands );
+            return meant.empty() ? fmt::format( "{}: there is no such command; there are: {}", word,
+                                                fmt::join( commands, ", " ) )
+                                 : fmt::format( "{}: did you mean {}?", word, meant );
+         }
+      }
+      return error.what();
+   }
+
    CLI::App* command( CLI::App& parent, const std::string& name, const std::string& description,
                       int ( *carryOut )( const Options& ) ) {
       CLI::App* sub = parent.add_subcommand( name, description );
@@ -141,6 +204,7 @@ class CommandLine {
       sub->add_option( "--range-entries", options_.rangeEntries,
                        "range entries of the hardware per port" )
          ->capture_default_str()
+         ->check( CLI::Validator( plainDecimal, "" ) )
          ->check( CLI::Range( 0u, unsigned{ Bridging::VlanId::kHighest } ) );
    }
    void json( CLI::App* sub ) { sub->add_flag( "--json", options_.json, "print JSON" ); }

@@ -18,6 +18,7 @@
 #include "agent/console/Error.h"
 #include "agent/console/Show.h"
 #include "agent/console/Table.h"
+#include "agent/console/TraceList.h"
 #include "agent/console/TypePages.h"
 #include "agent/console/Types.h"
 #include "agent/console/Words.h"
@@ -176,12 +177,19 @@ run( Session& session, Words ) {
 
 void
 trace( Session& session, Words words ) {
-   if ( !words.empty() ) {
-      withName( words[ 0 ], [ & ] { Zel::traceLevelsIs( unquoted( words[ 0 ] ) ); } );
+   const std::vector< std::string > handles = Zel::traceHandles();
+   if ( words.empty() ) {
+      for ( const std::string& handle : handles ) {
+         session.out << handle << '\n';
+      }
       return;
    }
-   for ( const std::string& handle : Zel::traceHandles() ) {
-      session.out << handle << '\n';
+   const std::string_view list = unquoted( words[ 0 ] );
+   withName( words[ 0 ], [ & ] { Zel::traceLevelsIs( list ); } );
+   // It may be the name of one that is yet to come.
+   for ( const std::string& handle : handlesBeside( handles, list ) ) {
+      fmt::print( session.out, "no handle \"{}\" was used so far; `trace` lists those that were\n",
+                  handle );
    }
 }
 

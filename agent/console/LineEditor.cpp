@@ -5,6 +5,9 @@
 
 #include <editline/readline.h>
 
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -68,9 +71,21 @@ historyFile() {
    return folder / "history";
 }
 
+enum class Breaks { Nothing, Reading };
+
+// SIGINT does not end the process. It may break off reading, but never the writing of a result.
+void
+interruptBreaksOff( Breaks what ) {
+   struct sigaction action {};
+   action.sa_handler = []( int ) {};
+   action.sa_flags = what == Breaks::Reading ? 0 : SA_RESTART;
+   sigaction( SIGINT, &action, nullptr );
+}
+
 }   // namespace
 
 LineEditor::LineEditor( Complete complete ) : historyFile_( historyFile() ) {
+   interruptBreaksOff( Breaks::Nothing );
    completeLine = std::move( complete );
    rl_readline_name = "vlan-scale-agent";
    rl_attempted_completion_function = candidatesOf;
@@ -87,11 +102,20 @@ LineEditor::~LineEditor() {
       write_history( historyFile_.c_str() );
    }
    completeLine = nullptr;
+   std::signal( SIGINT, SIG_DFL );
 }
 
 std::optional< std::string >
 LineEditor::next( const char* prompt ) {
-   const std::unique_ptr< char, Free > line( readline( prompt ) );
+   interruptBreaksOff( Breaks::Reading );
+   errno = 0;
+   std::unique_ptr< char, Free > line( readline( prompt ) );
+   while ( !line && errno == EINTR ) {
+      std::fputc( '\n', stdout );   // the line given up stays to be seen
+      errno = 0;
+      line.reset( readline( prompt ) );
+   }
+   interruptBreaksOff( Breaks::Nothing );
    if ( !line ) {
       return std::nullopt;
    }

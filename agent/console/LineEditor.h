@@ -3,7 +3,8 @@
 //
 // LineEditor: lines typed at a terminal, with editing, history and completion.
 //
-// At most one at a time: the editing library keeps its state for the process.
+// At most one at a time: the editing library keeps its state for the process. While there is one,
+// SIGINT does not end the process.
 #pragma once
 
 #include <functional>
@@ -26,7 +27,8 @@ class LineEditor {
    LineEditor( const LineEditor& ) = delete;
    LineEditor& operator=( const LineEditor& ) = delete;
 
-   /// The next line without its end; none at the end of input.
+   /// The next line without its end; none at the end of input. A line that a signal such as that of
+   /// Ctrl-C breaks off is dropped, and the prompt stands again.
    std::optional< std::string > next( const char* prompt );
 
  private:

@@ -3,6 +3,7 @@
 // `check`, and what every command makes of a file that it cannot apply.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -121,6 +122,69 @@ TEST( AgentCheck, verboseNamesTheUnusedMembersWithTheirNumber ) {
                       "not used: /ietf-interfaces:interfaces/interface/enabled (1x): not used "
                       "by this agent\n" +
                          file + ": clean, 1 port, 1 mapping\n" ) );
+}
+
+TEST( AgentCheck, jsonNamesEveryFinding ) {
+   EXPECT_EQ( runAgent( { "check", "--json", "-" }, oneFault() ).text(),
+              exited( 1,
+                      R"({
+  "file": "<stdin>",
+  "findings": [
+    {
+      "allowed": "1..4094",
+      "line": 9,
+      "path": ")" + std::string( kPortPath ) +
+                         R"(vid-translations[local-vid='4095']/local-vid",
+      "problem": "is not allowed",
+      "value": "4095"
+    }
+  ],
+  "mappings": null,
+  "ports": null,
+  "unused": []
+}
+)",
+                      "<stdin>: 1 finding\n" ) );
+}
+
+TEST( AgentCheck, jsonOfACleanFileCountsWhatIsThere ) {
+   EXPECT_EQ(
+      runAgent( { "check", "--json", "-" }, onePort( R"({"local-vid": 10, "relay-vid": 9})" ) )
+         .text(),
+      exited( 0, R"({
+  "file": "<stdin>",
+  "findings": [],
+  "mappings": 1,
+  "ports": 1,
+  "unused": [
+    {
+      "count": 1,
+      "path": "/ietf-interfaces:interfaces/interface/type",
+      "reason": "checked, has no effect"
+    },
+    {
+      "count": 1,
+      "path": "/ietf-interfaces:interfaces/interface/enabled",
+      "reason": "not used by this agent"
+    }
+  ]
+}
+)",
+              "<stdin>: clean, 1 port, 1 mapping\n" ) );
+}
+
+TEST( AgentCheck, jsonOfAFileThatCannotBeLookedIntoHasTheCause ) {
+   const ScratchFolder scratch;
+   const std::string absent = scratch.path( "ab\u200bsent.json" );
+   const Outcome outcome = runAgent( { "check", "--json", absent } );
+   EXPECT_EQ( outcome.exitCode, 2 );
+   const auto document = nlohmann::json::parse( outcome.out );
+   EXPECT_EQ( document.at( "file" ), absent );
+   EXPECT_EQ( document.at( "ports" ), nullptr );
+   ASSERT_EQ( document.at( "findings" ).size(), 1u );
+   EXPECT_EQ( document.at( "findings" )[ 0 ].at( "problem" ),
+              "cannot be opened: No such file or directory" );
+   EXPECT_EQ( document.at( "findings" )[ 0 ].at( "line" ), nullptr );
 }
 
 TEST( AgentCheck, aFileThatCannotBeLookedIntoExitsWithTwo ) {

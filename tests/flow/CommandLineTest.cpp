@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/flow/RunAgent.h"
@@ -71,14 +72,47 @@ TEST( AgentCommandLine, aFileIsNeeded ) {
 }
 
 TEST( AgentCommandLine, unknownCommandsAreRefused ) {
-   expectRefused( { "frob" }, { "subcommand" } );
-   expectRefused( { "show", "frob" }, { "subcommand" } );
+   expectRefused( { "frob" }, { "frob: there is no such command; there are: run, check, " } );
+   expectRefused( { "show", "frob" },
+                  { "frob: there is no such command; there are: ranges, summary, port\n" } );
 }
 
 TEST( AgentCommandLine, unknownOptionsAreRefusedByName ) {
    expectRefused( { "run", "--frob", small() }, { "--frob" } );
-   expectRefused( { "check", "--json", small() }, { "--json" } );
+   expectRefused( { "check", "--sort", "vid", small() }, { "--sort" } );
    expectRefused( { "run", small(), "surplus" }, { "surplus" } );
+}
+
+TEST( AgentCommandLine, nearMissesAreNamed ) {
+   const std::string ending = "?\nRun with --help for more information.\n";
+   const std::vector< std::pair< Words, std::string > > cases{
+      { { "rnu", small() }, "rnu: did you mean run" },
+      { { "chek", "--json" }, "chek: did you mean check" },
+      { { "show", "rnages", small() }, "rnages: did you mean ranges" },
+      { { "run", "--jsn", small() }, "--jsn: did you mean --json" },
+      { { "run", "--range-entry=4", small() }, "--range-entry: did you mean --range-entries" },
+      { { "show", "port", "eth1", "--vlan", "1", small() }, "--vlan: did you mean --vlans" },
+      { { "--verison" }, "--verison: did you mean --version" } };
+   for ( const auto& [ words, told ] : cases ) {
+      EXPECT_EQ( runAgent( words ).text(), exited( 2, "", told + ending ) );
+   }
+}
+
+TEST( AgentCommandLine, theVersionIsThatOfTheProject ) {
+   EXPECT_EQ( runAgent( { "--version" } ).text(),
+              exited( 0, "vlan-scale-agent " MOX_VERSION "\n", "" ) );
+}
+
+TEST( AgentCommandLine, rangeEntriesAreDecimal ) {
+   for ( const std::string entries : { "010", "00", "08", "0x10", "+1", " 1", "1e1" } ) {
+      expectRefused(
+         { "run", "--range-entries", entries, small() },
+         { "--range-entries: \"" + entries + "\" is no decimal number without leading zeros\n" } );
+   }
+   for ( const std::string entries : { "0", "10", "4094" } ) {
+      EXPECT_EQ( runAgent( { "run", "--range-entries", entries, small() } ).exitCode, 0 )
+         << entries;
+   }
 }
 
 TEST( AgentCommandLine, rangeEntriesOutOfRangeNamesTheRange ) {

@@ -52,6 +52,21 @@ class Terminal {
       return until( "\n> " );
    }
 
+   // Presses Ctrl-C until the prompt stands on a new line. Once is enough for a console that waits for
+   // a key; one that is still at work on the last keys may need another.
+   std::string interrupt() {
+      std::string text;
+      for ( int presses = 0; presses < 100 && !closed_ && !text.ends_with( "\n> " ); ++presses ) {
+         type( "\x03" );
+         pollfd ready{ terminal_, POLLIN, 0 };
+         while ( !closed_ && !text.ends_with( "\n> " ) && poll( &ready, 1, 300 ) > 0 ) {
+            readInto( text );
+         }
+      }
+      EXPECT_TRUE( text.ends_with( "\n> " ) ) << text;
+      return text;
+   }
+
    // Types the last line; the exit code, or -1 when the console does not end by itself.
    int end( const std::string& typed ) {
       type( typed );
@@ -81,15 +96,19 @@ class Terminal {
             ADD_FAILURE() << "still waiting for \"" << end << "\" after: " << text;
             break;
          }
-         char part[ 4096 ];
-         const ssize_t got = read( terminal_, part, sizeof part );
-         closed_ = got <= 0;
-         text.append( part, closed_ ? 0 : static_cast< std::size_t >( got ) );
+         readInto( text );
       }
       return text;
    }
 
  private:
+   void readInto( std::string& text ) {
+      char part[ 4096 ];
+      const ssize_t got = read( terminal_, part, sizeof part );
+      closed_ = got <= 0;
+      text.append( part, closed_ ? 0 : static_cast< std::size_t >( got ) );
+   }
+
    static constexpr std::chrono::seconds kPatience{ 30 };
 
    pid_t child_ = 0;
@@ -142,6 +161,17 @@ TEST_F( AgentConsoleTerminal, theEndOfInputEndsIt ) {
    terminal_.type( "ge\t" );
    terminal_.until( "t " );
    EXPECT_EQ( terminal_.end( "\x15\x04" ), 0 );
+}
+
+TEST_F( AgentConsoleTerminal, theInterruptKeyEndsTheLineAndNotTheSession ) {
+   terminal_.untilPrompt();
+   EXPECT_THAT( terminal_.answer( "get codef.initialized" ), HasSubstr( "\ntrue\r\n" ) );
+   for ( int again = 0; again < 2; ++again ) {
+      terminal_.type( "frob" );
+      EXPECT_THAT( terminal_.interrupt(), Not( HasSubstr( "there is no" ) ) );
+   }
+   EXPECT_THAT( terminal_.answer( "get codef.task.name" ), HasSubstr( "\nVlanRangeScale\r\n" ) );
+   EXPECT_EQ( terminal_.end( "quit\n" ), 0 );
 }
 
 TEST_F( AgentConsoleTerminal, theHistoryOutlivesTheSession ) {

@@ -273,6 +273,13 @@ TEST( AgentConsole, traceListsHandlesAndSetsTheirLevels ) {
    EXPECT_EQ( outcome.exitCode, 0 );
 }
 
+TEST( AgentConsole, traceSaysWhichHandlesWereNotUsedSoFar ) {
+   const std::string use = addVlan( 7, 10, 1 );
+   expectOutput( use + "trace MoxVlanRangeMgr/;*/\ntrace 'Frob/1;MoxVlanRangeMgr/;Knob/'\n",
+                 "no handle \"Frob\" was used so far; `trace` lists those that were\n"
+                 "no handle \"Knob\" was used so far; `trace` lists those that were\n" );
+}
+
 TEST( AgentConsole, trackerCountsObjectsByType ) {
    const std::string out = console( "set ranges.vlanRangeEntry 1\nset ranges.vlanRangeEntry 2\n"
                                     "del ranges.vlanRangeEntry[1]\ntracker\n" )

@@ -126,6 +126,19 @@ TEST( AgentReplayError, brokenJsonNamesFileLineAndCause ) {
    }
 }
 
+TEST( AgentReplayError, aLineHasAMebibyteAtMost ) {
+   constexpr std::size_t kMost = 1024 * 1024;
+   const std::string event = R"({"op":"state"})";
+   const std::string longest = event + std::string( kMost - event.size(), ' ' );
+   for ( const std::string end : { "", "\n" } ) {
+      EXPECT_EQ( runAgent( { "replay", "-" }, longest + end ).exitCode, 0 );
+      EXPECT_EQ( runAgent( { "replay", "-" }, "\n" + longest + " " + end ).text(),
+                 exited( 2, "", "<stdin>:2: the line is longer than 1048576 bytes\n" ) );
+   }
+   EXPECT_EQ( runAgent( { "replay", "/dev/zero" } ).text(),
+              exited( 2, "", "/dev/zero:1: the line is longer than 1048576 bytes\n" ) );
+}
+
 TEST( AgentReplayError, anUnknownPolicyNamesTheKnownOnes ) {
    expectRefused( R"({"op":"yield","policy":"often"})",
                   R"("policy": "often" is not allowed; allowed: "quantum", "always", "never")" );

@@ -150,6 +150,29 @@ TEST( AgentTrace, aBadListIsRefusedByEveryCommand ) {
    }
 }
 
+TEST( AgentTrace, anUnknownHandleIsRefusedWithTheKnownOnes ) {
+   const std::string file = sample( "small-ieee.json" );
+   for ( const std::string list : { "MoxVlanRangeMrg/1", "MoxVlanRangeMgr/1;MoxVlanRangeMrg/1" } ) {
+      EXPECT_EQ(
+         runAgent( { "run", "--trace", list, file } ).text(),
+         exited( 2, "",
+                 "--trace " + list +
+                    ": there is no handle \"MoxVlanRangeMrg\"; there are: "
+                    "MoxVlanMappingScaleSm, MoxVlanRangeMappingCodef, MoxVlanRangeMgr\n" ) );
+   }
+}
+
+TEST( AgentTrace, theKnownHandlesAreThoseThatJoin ) {
+   const std::string all =
+      "set ranges.vlanRangeEntry 1\ncall sm.vlanRangeMgr.deleteVlanFromIdx 1 5\n"
+      "set schedule.vlanXlateSchedule 1 true\nrun\ntrace\n";
+   const std::string out = runAgent( { "console", sample( "small-ieee.json" ) }, all ).out;
+   EXPECT_TRUE(
+      out.ends_with( " runs\nMoxVlanMappingScaleSm\nMoxVlanRangeMappingCodef\nMoxVlanRangeMgr\n" ) )
+      << out;
+   EXPECT_EQ( runAgent( { "run", "--trace", "*/1", sample( "small-ieee.json" ) } ).exitCode, 0 );
+}
+
 TEST( AgentRing, keepsTheMessagesOfARun ) {
    const ScratchFolder scratch;
    const std::string ring = scratch.path( "ring" );
