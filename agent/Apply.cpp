@@ -15,6 +15,8 @@
 namespace Agent {
 namespace {
 
+constexpr std::size_t kRecordsPerLook = 256;
+
 std::size_t
 recordsOf( const Configuration& configuration ) {
    std::size_t records = 0;
@@ -25,8 +27,15 @@ recordsOf( const Configuration& configuration ) {
 }
 
 void
-writeAll( ScaleAgent& agent, const Configuration& configuration, Zel::FirstException& failed ) {
-   ProgressBar progress( "applying", recordsOf( configuration ) );
+writeAll( ScaleAgent& agent, const Configuration& configuration, ProgressBar& progress,
+          Zel::FirstException& failed ) {
+   const std::size_t records = recordsOf( configuration );
+   std::size_t written = 0;
+   const auto step = [ & ] {
+      if ( ++written % kRecordsPerLook == 0 ) {
+         progress.doneIs( written, records );
+      }
+   };
    // Aggregates first, so that the records of their members say so from the beginning.
    for ( const Port& port : configuration.ports ) {
       failed.run( [ & ] {
@@ -42,14 +51,14 @@ writeAll( ScaleAgent& agent, const Configuration& configuration, Zel::FirstExcep
             agent.acsd().ingressConfigDir()->configIs(
                agent.record( port.name, mapping.vlan, mapping.relay ) );
          } );
-         progress.step();
+         step();
       }
       for ( const EgressMapping& mapping : port.egress ) {
          failed.run( [ & ] {
             agent.acsd().egressConfigDir()->configIs(
                agent.record( port.name, mapping.relay, mapping.vlan ) );
          } );
-         progress.step();
+         step();
       }
    }
 }
@@ -74,10 +83,11 @@ giveUp( const ScaleAgent& agent, const Configuration& configuration,
 
 void
 applyConfiguration( ScaleAgent& agent, const Configuration& configuration ) {
+   ProgressBar progress( "applying", agent.clock() );
    for ( unsigned tries = 1;; ++tries ) {
       Zel::FirstException failed;
       failed.run( [ & ] { agent.stateMachine().handleInitialized(); } );
-      writeAll( agent, configuration, failed );
+      writeAll( agent, configuration, progress, failed );
       failed.run( [ & ] { agent.scheduler().runUntilIdle(); } );
       if ( !failed ) {
          return;

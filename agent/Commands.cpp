@@ -17,6 +17,7 @@
 #include "agent/Apply.h"
 #include "agent/Complain.h"
 #include "agent/JsonWriter.h"
+#include "agent/ProgressBar.h"
 #include "agent/Replay.h"
 #include "agent/config/ConfigurationReader.h"
 #include "agent/config/Escaped.h"
@@ -57,7 +58,12 @@ complainOfUnused( const Configuration& configuration ) {
 
 ReadResult
 read( const Options& options ) {
-   return whileDoing( "reading", [ & ] { return readConfiguration( options.file ); } );
+   return whileDoing( "reading", [ & ] {
+      ProgressBar bar( "reading", Zel::steadyClockFactory() );
+      return readConfiguration( options.file, [ &bar ]( std::size_t bytes, std::size_t ofBytes ) {
+         bar.doneIs( bytes, ofBytes );
+      } );
+   } );
 }
 
 // The checked configuration; when there is none, the first finding has been told.

@@ -1,41 +1,41 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// ProgressBar: shows on a terminal how far a piece of work is, once it takes more than a second.
-// In a pipe or a file it shows nothing.
+// ProgressBar: shows on a terminal how far a piece of work is, once it takes more than a second: at
+// most ten times a second, and as wide as the terminal is at that moment. In a pipe or a file it
+// shows nothing.
 #pragma once
 
-#include <chrono>
+#include <unistd.h>
+
 #include <cstddef>
 #include <string>
+
+#include "Zel/Clock.h"
 
 namespace Agent {
 
 class ProgressBar {
  public:
-   /// `label` stands before the bar; `total` is the number of steps.
-   ProgressBar( std::string label, std::size_t total );
+   /// `label` stands before the bar; `output` is the descriptor of what may be a terminal.
+   ProgressBar( std::string label, Zel::Ptr< const Zel::Clock > clock, int output = STDERR_FILENO );
    /// Wipes the bar.
    ~ProgressBar();
    ProgressBar( const ProgressBar& ) = delete;
    ProgressBar& operator=( const ProgressBar& ) = delete;
 
-   /// One step done. Cheap: looks at the clock every few hundred steps.
-   void step() {
-      if ( ++done_ % kStepsPerLook == 0 && onTerminal_ ) {
-         show();
-      }
-   }
+   /// So many of `total` steps are done; 0 for a total that nobody knows yet. Looks at the clock, so
+   /// a caller with short steps comes every few hundred.
+   void doneIs( std::size_t done, std::size_t total );
 
  private:
-   static constexpr std::size_t kStepsPerLook = 256;
-   void show();
+   void draw( std::size_t done, std::size_t total );
 
    const std::string label_;
-   const std::size_t total_;
+   const int output_;
    const bool onTerminal_;
-   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-   std::size_t done_ = 0;
+   const Zel::Ptr< const Zel::Clock > clock_;
+   Zel::Seconds nextFrame_;
    bool shown_ = false;
 };
 

@@ -34,6 +34,7 @@ class ScaleAgent {
    const PortNames& ports() const { return ports_; }
    const MemoryDataPlane& dataPlane() const { return dataPlane_; }
    Mox::MoxCommonSmData& acsd() const { return *acsd_; }
+   const Zel::Ptr< const Zel::Clock >& clock() const { return clock_; }
    Quen::TaskScheduler& scheduler() const { return *scheduler_; }
    MoxVlanMapping::VlanRangeEntryDir& rangeEntryDir() const { return *rangeEntryDir_; }
    MoxVlanMapping::VlanXlateScheduleDir& scheduleDir() const { return *scheduleDir_; }

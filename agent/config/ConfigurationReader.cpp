@@ -39,7 +39,7 @@ unusable( const std::string& file, std::size_t line, std::string problem, std::s
 
 // Reads all of `input`; an error text, empty when there is none.
 std::string
-readAll( std::FILE* input, std::string& text ) {
+readAll( std::FILE* input, std::string& text, const ReadProgress& progress ) {
    constexpr std::size_t kChunk = std::size_t( 256 ) * 1024;
    for ( ;; ) {
       const std::size_t before = text.size();
@@ -47,6 +47,9 @@ readAll( std::FILE* input, std::string& text ) {
       const std::size_t got = std::fread( text.data() + before, 1, kChunk, input );
       const int error = errno;
       text.resize( before + got );
+      if ( progress ) {
+         progress( text.size(), 0 );
+      }
       if ( text.size() > kMaxTextSize ) {
          return "is larger than 256 MiB";
       }
@@ -67,7 +70,7 @@ hasAny( const JsonObject& object, std::span< const std::string_view > names ) {
 }   // namespace
 
 ReadResult
-readConfiguration( const std::string& path ) {
+readConfiguration( const std::string& path, const ReadProgress& progress ) {
    const bool standardInput = path == "-";
    const std::string file = standardInput ? "<stdin>" : path;
    std::unique_ptr< std::FILE, CloseFile > opened;
@@ -79,16 +82,21 @@ readConfiguration( const std::string& path ) {
       }
    }
    std::string text;
-   const std::string error = readAll( standardInput ? stdin : opened.get(), text );
+   const std::string error = readAll( standardInput ? stdin : opened.get(), text, progress );
    if ( !error.empty() ) {
       return unusable( file, 0, error, "" );
    }
-   return readConfigurationText( file, text );
+   return readConfigurationText( file, text, progress );
 }
 
 ReadResult
-readConfigurationText( const std::string& file, std::string_view text ) {
-   const ParsedJson json = parseJson( text );
+readConfigurationText( const std::string& file, std::string_view text,
+                       const ReadProgress& progress ) {
+   const ParsedJson json = parseJson( text, [ & ]( std::size_t bytes ) {
+      if ( progress ) {
+         progress( bytes, text.size() );
+      }
+   } );
    if ( !json.value ) {
       return unusable( file, json.errorLine, "not valid JSON: " + json.error,
                        "JSON in UTF-8 as RFC 8259 defines it" );

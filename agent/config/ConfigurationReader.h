@@ -9,6 +9,7 @@
 // Errors     Whatever the input holds comes back in the result; only memory exhaustion throws.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,10 +30,14 @@ struct ReadResult {
    bool unusable = false;
 };
 
+// Told now and then how many bytes are behind, and of how many; 0 while that is not known.
+using ReadProgress = std::function< void( std::size_t bytes, std::size_t ofBytes ) >;
+
 // Reads the file `path`, "-" for standard input up to its end. At most 256 MiB.
-ReadResult readConfiguration( const std::string& path );
+ReadResult readConfiguration( const std::string& path, const ReadProgress& progress = {} );
 
 // As above from memory. `file` is how findings name the text.
-ReadResult readConfigurationText( const std::string& file, std::string_view text );
+ReadResult readConfigurationText( const std::string& file, std::string_view text,
+                                  const ReadProgress& progress = {} );
 
 }   // namespace Agent

@@ -21,6 +21,8 @@ constexpr std::size_t kShownLength = 80;
 constexpr std::size_t kShownEnd = 24;
 // Up to here all names of an object are compared with each other, beyond they are hashed.
 constexpr std::size_t kFewMembers = 16;
+// How far progress is apart.
+constexpr std::ptrdiff_t kBytesPerLook = 64 * std::ptrdiff_t( 1024 );
 
 bool
 continuesCharacter( char c ) {
@@ -88,8 +90,12 @@ withoutPreamble( std::string_view what ) {
 
 class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
  public:
-   TreeBuilder( std::string_view text, const char* const* consumed )
-       : begin_( text.data() ), counted_( text.data() ), consumed_( consumed ) {}
+   TreeBuilder( std::string_view text, const char* const* consumed, const JsonProgress& progress )
+       : begin_( text.data() ),
+         counted_( text.data() ),
+         told_( text.data() ),
+         consumed_( consumed ),
+         progress_( progress ) {}
 
    bool null() override { return scalar( std::monostate() ); }
    bool boolean( bool val ) override { return scalar( val ); }
@@ -152,6 +158,10 @@ class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
       }
       at->data = std::forward< T >( data );
       at->line = line();
+      if ( progress_ && *consumed_ - told_ >= kBytesPerLook ) {
+         told_ = *consumed_;
+         progress_( static_cast< std::size_t >( told_ - begin_ ) );
+      }
       return *at;
    }
 
@@ -177,7 +187,9 @@ class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
 
    const char* begin_;
    const char* counted_;
+   const char* told_;
    const char* const* consumed_;
+   const JsonProgress& progress_;
    std::size_t line_ = 1;
    JsonValue root_;
    // The containers being filled, outermost first. Each is the last child of the one before,
@@ -249,7 +261,7 @@ JsonValue::shown() const {
 }
 
 ParsedJson
-parseJson( std::string_view text ) {
+parseJson( std::string_view text, const JsonProgress& progress ) {
    if ( text.empty() ) {
       return refused( text, 0, "the text is empty" );
    }
@@ -261,7 +273,7 @@ parseJson( std::string_view text ) {
       return refused( text, nul, "the text contains a NUL byte" );
    }
    const char* consumed = text.data();
-   TreeBuilder builder( text, &consumed );
+   TreeBuilder builder( text, &consumed, progress );
    nlohmann::json::sax_parse( TextIterator( text.data(), &consumed ),
                               TextIterator( text.data() + text.size(), &consumed ), &builder );
    return std::move( builder ).result();

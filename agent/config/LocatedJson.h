@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -75,10 +76,13 @@ struct ParsedJson {
    std::size_t errorLine = 0;
 };
 
+// Told now and then how much of the text is behind; may do nothing.
+using JsonProgress = std::function< void( std::size_t bytes ) >;
+
 // Reads `text` as one JSON value with nothing but white space round it. Refused besides
 // syntax errors: a byte order mark, NUL bytes, ill-formed UTF-8, numbers that exceed a
 // double, nesting deeper than kMaxJsonDepth.
-ParsedJson parseJson( std::string_view text );
+ParsedJson parseJson( std::string_view text, const JsonProgress& progress = {} );
 
 // The name without `module` and its colon, where it starts so.
 std::string_view withoutModule( std::string_view name, std::string_view module );

@@ -2,12 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "agent/config/ConfigurationReader.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -179,6 +181,34 @@ TEST( ConfigurationText, ATopLevelMemberGivenTwiceIsAFinding ) {
                              "\"openconfig-interfaces:interfaces\":{}}" ) ),
               "f.json:2: /openconfig-interfaces:interfaces: value {} is given twice, on lines 1 "
               "and 2; allowed: each member once\n" );
+}
+
+TEST( ReadConfiguration, TellsHowFarItIs ) {
+   // Each mebibyte is told of several times: while it is fetched, and while it is taken apart.
+   const std::string text = "[" + std::string( 1024 * 1024, ' ' ) + "\n" + [] {
+      std::string values;
+      for ( int i = 0; i < 200000; ++i ) {
+         values += "12345,\n";
+      }
+      return values;
+   }() + "0]";
+   std::vector< std::size_t > fetched;
+   std::vector< std::size_t > taken;
+   const ReadProgress progress = [ & ]( std::size_t bytes, std::size_t ofBytes ) {
+      ( ofBytes == 0 ? fetched : taken ).push_back( bytes );
+      EXPECT_TRUE( ofBytes == 0 || ofBytes == text.size() );
+   };
+   const std::string path = testing::TempDir() + "progress-" + std::to_string( getpid() );
+   std::ofstream( path ) << text;
+   EXPECT_TRUE( readConfiguration( path, progress ).unusable );
+   std::remove( path.c_str() );
+   ASSERT_GT( fetched.size(), 8u );
+   ASSERT_GT( taken.size(), 16u );
+   EXPECT_EQ( fetched.back(), text.size() );
+   EXPECT_GT( taken.back(), text.size() - 128 * 1024 );
+   for ( const auto* counts : { &fetched, &taken } ) {
+      EXPECT_TRUE( std::is_sorted( counts->begin(), counts->end() ) );
+   }
 }
 
 }   // namespace
