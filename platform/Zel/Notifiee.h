@@ -10,8 +10,8 @@
 // Reentrancy A reactor may remove, add, re-point or destroy any notifiee (itself included), drop
 //            the notifier, and change the notifier again. Removal only empties a slot while a
 //            notification runs; the outermost one compacts. Newcomers hear of the next change.
-// Throws     What a reactor throws reaches the mutator's caller; reactors behind it in the list
-//            are not told of that change.
+// Throws     What a reactor throws keeps nobody from being told: the mutator's caller gets what the
+//            first one threw when all have been.
 // Threads    One thread, no locks.
 #pragma once
 

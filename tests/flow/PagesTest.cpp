@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <iterator>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/flow/ConsoleRun.h"
 
@@ -55,6 +58,25 @@ asOnATerminal( const std::string& output ) {
       shown += ( numbered ? line.substr( behind + 2 ) : line ) + "\n";
    }
    return shown;
+}
+
+// The first block of README.md: a command line and what it prints.
+TEST( Pages, readmeShowsWhatTheAgentPrints ) {
+   const std::string readme = page( "../README.md" );
+   const std::string fence = "\n```\n";
+   const std::size_t begin = readme.find( fence ) + fence.size();
+   const std::string block = readme.substr( begin, readme.find( fence, begin ) + 1 - begin );
+   const std::string prompt = "$ vlan-scale-agent ";
+   ASSERT_TRUE( block.starts_with( prompt ) ) << block;
+   const std::size_t end = block.find( '\n' );
+   std::istringstream line( block.substr( prompt.size(), end - prompt.size() ) );
+   std::vector< std::string > words{ std::istream_iterator< std::string >( line ), {} };
+   const std::string folder = "samples/";
+   ASSERT_TRUE( words.back().starts_with( folder ) ) << words.back();
+   words.back() = sample( words.back().substr( folder.size() ) );
+   const std::string shown = block.substr( end + 1 );
+   EXPECT_EQ( runAgent( words ).out, shown );
+   EXPECT_EQ( linesOf( shown ).size(), 10u );
 }
 
 TEST( Pages, consoleShowsASessionAsItGoes ) {
