@@ -49,10 +49,29 @@ whileDoing( const char* doing, const Work& work ) {
    }
 }
 
+// What the file holds in vain: always what may have been meant to act, all of it when asked for.
 void
-complainOfUnused( const Configuration& configuration ) {
+complainOfUnused( const Options& options, const Configuration& configuration ) {
+   std::size_t others = 0;
+   std::size_t off = 0;
    for ( const UnusedMember& member : configuration.unused ) {
-      complain( "not used: {} ({}x): {}", member.path, member.count, member.reason );
+      others += member.kind == UnusedKind::otherModule ? member.count : 0;
+      off += member.kind == UnusedKind::tableOff ? member.count : 0;
+      if ( options.verbose ) {
+         complain( "not used: {} ({}x): {}", member.path, member.count, member.reason );
+      }
+   }
+   if ( others + off > 0 ) {
+      std::string what;
+      if ( others > 0 ) {
+         what = counted( others, "member", "members" ) + " of other modules";
+      }
+      if ( off > 0 ) {
+         what += ( what.empty() ? "" : ", " ) + counted( off, "entry", "entries" ) +
+                 " of tables that are not enabled";
+      }
+      complain( "{}: not used: {}{}", shownFile( options ), what,
+                options.verbose ? "" : "; -v names them" );
    }
 }
 
@@ -76,8 +95,8 @@ readOrComplain( const Options& options ) {
          complain( "and {} more; `vlan-scale-agent check {}` shows all",
                    findings( result.findings.size() - 1 ), escaped( options.file ) );
       }
-   } else if ( options.verbose ) {
-      complainOfUnused( *result.configuration );
+   } else {
+      complainOfUnused( options, *result.configuration );
    }
    return std::move( result.configuration );
 }
@@ -227,9 +246,7 @@ checkCommand( const Options& options ) {
       complain( "{}: {}", shownFile( options ), findings( result.findings.size() ) );
       return kExitFindings;
    }
-   if ( options.verbose ) {
-      complainOfUnused( *result.configuration );
-   }
+   complainOfUnused( options, *result.configuration );
    complain( "{}: clean, {}, {}", shownFile( options ),
              counted( result.configuration->ports.size(), "port", "ports" ),
              counted( mappingsOf( *result.configuration ), "mapping", "mappings" ) );

@@ -12,8 +12,10 @@
 
 #include "agent/config/Document.h"
 #include "agent/config/Ieee8021qReader.h"
+#include "agent/config/Ieee8021qSchema.h"
 #include "agent/config/LocatedJson.h"
 #include "agent/config/OpenConfigReader.h"
+#include "agent/config/OpenConfigSchema.h"
 
 namespace Agent {
 
@@ -119,17 +121,12 @@ readConfigurationText( const std::string& file, std::string_view text,
    }
    Document document( file );
    const Place top( root );
-   for ( const JsonMember& member : *object ) {
-      if ( member.name.find( ':' ) == std::string::npos ) {
-         document.finding( Place( top, member ), "", "the top-level member lacks its module name",
-                           "names of the form MODULE:NAME" );
-      }
-   }
+   checkDocument( document, openConfig ? openConfigSchema() : ieee8021qSchema(), top );
    Configuration configuration;
    configuration.format =
       openConfig ? ConfigurationFormat::openConfig : ConfigurationFormat::ieee8021q;
    configuration.ports =
-      openConfig ? readOpenConfig( document, root ) : readIeee8021q( document, root );
+      openConfig ? readOpenConfig( document, top ) : readIeee8021q( document, top );
    configuration.unused = document.takeUnused();
    ReadResult result;
    result.findings = document.takeFindings();

@@ -61,10 +61,10 @@ constexpr std::string_view kNames[] = {
 
 }   // namespace
 
-constinit const IdentitySet kInterfaceTypes = {
-   "iana-if-type",
-   kNames,
-   "an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"",
+constinit const LeafType kInterfaceTypes = {
+   .allowed = "an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"",
+   .names = kNames,
+   .module = "iana-if-type",
 };
 
 }   // namespace Agent

@@ -5,10 +5,10 @@
 // iana-if-type (revision 2023-01-26). Both formats use them.
 #pragma once
 
-#include "agent/config/Document.h"
+#include "agent/config/Schema.h"
 
 namespace Agent {
 
-extern const IdentitySet kInterfaceTypes;
+extern const LeafType kInterfaceTypes;
 
 }   // namespace Agent

@@ -13,7 +13,7 @@
 
 #include <fmt/format.h>
 
-#include "agent/config/InterfaceTypes.h"
+#include "agent/config/OpenConfigSchema.h"
 #include "agent/config/VlanList.h"
 
 namespace Agent {
@@ -21,30 +21,13 @@ namespace Agent {
 namespace {
 
 constexpr std::string_view kVlanIds = "1..4094";
-constexpr std::string_view kIndexes = "0..4294967295";
 constexpr std::string_view kSwap = "SWAP";
-constexpr std::string_view kNoMapping = "matched without an ingress-mapping";
-constexpr std::string_view kStackActions[] = { "PUSH", "POP", "SWAP" };
+constexpr UnusedReason kNoMapping = { "matched without an ingress-mapping", UnusedKind::known };
 
 constexpr std::string_view kTagged = "single-tagged";
 constexpr std::string_view kTaggedList = "single-tagged-list";
 constexpr std::string_view kTaggedRange = "single-tagged-range";
 constexpr std::string_view kMatches = "single-tagged, single-tagged-list, single-tagged-range";
-constexpr std::string_view kDoubleTagged[] = {
-   "double-tagged",
-   "double-tagged-inner-list",
-   "double-tagged-outer-list",
-   "double-tagged-inner-range",
-   "double-tagged-outer-range",
-   "double-tagged-inner-outer-range",
-};
-
-constexpr std::string_view kTpidNames[] = { "TPID_0X8100", "TPID_0X88A8", "TPID_0X9100",
-                                            "TPID_0X9200", "TPID_ANY" };
-constexpr IdentitySet kTpids = {
-   "openconfig-vlan-types", kTpidNames,
-   "an identity of openconfig-vlan-types: TPID_0X8100, TPID_0X88A8, TPID_0X9100, TPID_0X9200, "
-   "TPID_ANY" };
 
 // Where a port said something about a VID, so that a second word can name the first.
 struct Word {
@@ -65,139 +48,71 @@ struct PortState {
    Words egress = Words( kWords );
 };
 
+// Calls `each( Place )` for the interfaces.
+template < typename Each >
+void
+forEachInterface( const Place& top, const Each& each ) {
+   if ( const auto interfaces = top.member( "openconfig-interfaces:interfaces" ) ) {
+      forEachEntry( interfaces->member( "interface" ), "name", each );
+   }
+}
+
+// Calls `each( Place )` for the subinterfaces of an interface.
+template < typename Each >
+void
+forEachSubinterface( const Place& interface, const Each& each ) {
+   if ( const auto subinterfaces = interface.member( "subinterfaces" ) ) {
+      forEachEntry( subinterfaces->member( "subinterface" ), "index", each );
+   }
+}
+
 class OpenConfigReader {
  public:
    explicit OpenConfigReader( Document& document ) : document_( document ) {}
 
-   std::vector< Port > read( const JsonValue& root ) {
-      const Place top( root );
-      Members members( document_, top );
-      if ( const auto interfaces = members.take( "openconfig-interfaces:interfaces" ) ) {
-         Members inner( document_, *interfaces );
-         if ( const auto list = inner.take( "interface" ) ) {
-            readInterfaces( *list );
-         }
-         inner.finish();
-      }
-      members.finish();
+   std::vector< Port > read( const Place& top ) {
+      // All names first: a member may stand before its aggregate.
+      forEachInterface( top, [ & ]( const Place& interface ) {
+         interfaceNames_.insert( textOf( interface.member( "name" ) ) );
+      } );
+      forEachInterface( top, [ & ]( const Place& interface ) {
+         PortState state;
+         state.port.name = textOf( interface.member( "name" ) );
+         readAggregate( interface, state.port );
+         forEachSubinterface( interface, [ & ]( const Place& entry ) {
+            if ( const auto vlan = entry.member( "openconfig-vlan:vlan" ) ) {
+               const auto leaf = entry.member( "index" );
+               const std::uint64_t* index = leaf ? leaf->value().unsignedInteger() : nullptr;
+               readVlan( *vlan, static_cast< std::uint32_t >( index ? *index : 0 ), state );
+            }
+         } );
+         finishPort( state );
+      } );
       return std::move( ports_ );
    }
 
  private:
-   void readInterfaces( const Place& list ) {
-      // All names first: a member may stand before its aggregate.
-      const JsonArray* entries = list.value().array();
-      for ( std::size_t i = 0; entries && i < entries->size(); ++i ) {
-         const JsonValue* name = keyOfEntry( ( *entries )[ i ], list.module(), "name" );
-         if ( name && name->string() ) {
-            interfaceNames_.insert( *name->string() );
-         }
+   void readAggregate( const Place& interface, Port& port ) {
+      const auto ethernet = interface.member( "openconfig-if-ethernet:ethernet" );
+      const auto config = ethernet ? ethernet->member( "config" ) : std::nullopt;
+      const auto leaf =
+         config ? config->member( "openconfig-if-aggregate:aggregate-id" ) : std::nullopt;
+      if ( !leaf || !leaf->value().string() ) {
+         return;
       }
-      KeyRegister names;
-      forEachEntry( document_, list, "name", [ & ]( const Place& entry ) {
-         Members members( document_, entry );
-         PortState state;
-         Port& port = state.port;
-         if ( const auto leaf = members.require( "name", "a name" ) ) {
-            if ( const auto name = document_.name( *leaf ) ) {
-               names.add( document_, *leaf, *name );
-               port.name = *name;
-            }
-         }
-         if ( const auto config = members.take( "config" ) ) {
-            readInterfaceConfig( *config, port.name );
-         } else if ( members.isObject() ) {
-            document_.missing( entry, "config/type", kInterfaceTypes.allowed );
-         }
-         if ( const auto ethernet = members.take( "openconfig-if-ethernet:ethernet" ) ) {
-            readEthernet( *ethernet, port );
-         }
-         if ( const auto subinterfaces = members.take( "subinterfaces" ) ) {
-            Members inner( document_, *subinterfaces );
-            if ( const auto inside = inner.take( "subinterface" ) ) {
-               readSubinterfaces( *inside, state );
-            }
-            inner.finish();
-         }
-         members.finish();
-         finishPort( state );
-      } );
-   }
-
-   // `name` is the key of the list entry, empty where that is wrong itself.
-   void readInterfaceConfig( const Place& place, const std::string& name ) {
-      Members members( document_, place );
-      if ( const auto leaf = members.take( "name" ) ) {
-         const auto value = document_.string( *leaf );
-         if ( value && !name.empty() && *value != name ) {
-            document_.finding( *leaf, "differs from the key of its list entry",
-                               fmt::format( "\"{}\"", shownText( name ) ) );
-         }
+      port.lag = *leaf->value().string();
+      if ( !interfaceNames_.contains( *port.lag ) ) {
+         document_.finding( *leaf, "names no interface of this file",
+                            "the name of an interface of this file" );
+      } else if ( *port.lag == port.name ) {
+         document_.finding( *leaf, "is the interface itself", "the name of another interface" );
       }
-      if ( const auto leaf = members.require( "type", kInterfaceTypes.allowed ) ) {
-         document_.identity( *leaf, kInterfaceTypes );
-         document_.unused( *leaf, kCheckedOnly );
-      }
-      members.finish();
-   }
-
-   void readEthernet( const Place& place, Port& port ) {
-      Members members( document_, place );
-      if ( const auto config = members.take( "config" ) ) {
-         Members inner( document_, *config );
-         if ( const auto leaf = inner.take( "openconfig-if-aggregate:aggregate-id" ) ) {
-            port.lag = document_.string( *leaf );
-            if ( port.lag && !interfaceNames_.contains( *port.lag ) ) {
-               document_.finding( *leaf, "names no interface of this file",
-                                  "the name of an interface of this file" );
-            } else if ( port.lag && *port.lag == port.name ) {
-               document_.finding( *leaf, "is the interface itself",
-                                  "the name of another interface" );
-            }
-         }
-         inner.finish();
-      }
-      members.finish();
-   }
-
-   void readSubinterfaces( const Place& list, PortState& state ) {
-      KeyRegister indexes;
-      forEachEntry( document_, list, "index", [ & ]( const Place& entry ) {
-         Members members( document_, entry );
-         std::optional< std::uint32_t > index;
-         if ( const auto leaf = members.require( "index", kIndexes ) ) {
-            index = document_.unsigned32( *leaf );
-            if ( index ) {
-               indexes.add( document_, *leaf, std::to_string( *index ) );
-            }
-         }
-         if ( const auto config = members.take( "config" ) ) {
-            readSubinterfaceConfig( *config, index );
-         }
-         if ( const auto vlan = members.take( "openconfig-vlan:vlan" ) ) {
-            readVlan( *vlan, index.value_or( 0 ), state );
-         }
-         members.finish();
-      } );
-   }
-
-   void readSubinterfaceConfig( const Place& place, std::optional< std::uint32_t > index ) {
-      Members members( document_, place );
-      if ( const auto leaf = members.take( "index" ) ) {
-         const auto value = document_.unsigned32( *leaf );
-         if ( value && index && *value != *index ) {
-            document_.finding( *leaf, "differs from the key of its list entry",
-                               std::to_string( *index ) );
-         }
-      }
-      members.finish();
    }
 
    void readVlan( const Place& place, std::uint32_t subinterface, PortState& state ) {
-      Members members( document_, place );
-      const auto match = members.take( "match" );
-      const auto ingress = members.take( "ingress-mapping" );
-      const auto egress = members.take( "egress-mapping" );
+      const auto match = place.member( "match" );
+      const auto ingress = place.member( "ingress-mapping" );
+      const auto egress = place.member( "egress-mapping" );
       std::vector< std::uint16_t > vlans;
       if ( match ) {
          vlans = readMatch( *match, ingress.has_value(), subinterface, state );
@@ -218,7 +133,6 @@ class OpenConfigReader {
             }
          } );
       }
-      members.finish();
       for ( const std::uint16_t vlan : vlans ) {
          if ( relay != 0 ) {
             state.port.ingress.push_back( { vlan, relay } );
@@ -240,12 +154,11 @@ class OpenConfigReader {
       }
    }
 
-   // The VIDs that this subinterface is the first of its port to match.
+   // The VIDs that this subinterface is the first of its port to match. Without a mapping the
+   // match has no effect, and may be anything that the model allows.
    std::vector< std::uint16_t > readMatch( const Place& place, bool hasMapping,
                                            std::uint32_t subinterface, PortState& state ) {
-      Members members( document_, place );
       std::vector< std::uint16_t > vlans;
-      std::size_t kinds = 0;
       const auto claim = [ & ]( const Place& where, std::uint16_t low, std::uint16_t high ) {
          claimVlans( where, low, high, { 0, subinterface, where.value().line }, state.matched,
                      vlans );
@@ -253,78 +166,81 @@ class OpenConfigReader {
             document_.unused( where, kNoMapping );
          }
       };
-      const auto readKind = [ & ]( std::string_view kind, const auto& read ) {
-         if ( const auto container = members.take( kind ) ) {
-            ++kinds;
-            readMatchKind( *container, read, claim );
+      std::size_t kinds = 0;
+      const JsonObject* members = place.value().object();
+      for ( std::size_t i = 0; members && i < members->size(); ++i ) {
+         const Place kind( place, ( *members )[ i ] );
+         const std::string_view name = withoutModule( ( *members )[ i ].name, place.module() );
+         if ( name == kTagged ) {
+            readTagged( kind, hasMapping, claim );
+         } else if ( name == kTaggedList ) {
+            readTaggedList( kind, hasMapping, claim );
+         } else if ( name == kTaggedRange ) {
+            readTaggedRange( kind, hasMapping, claim );
+         } else if ( !name.starts_with( "double-tagged" ) ) {
+            continue;
+         } else if ( hasMapping ) {
+            document_.finding( kind, "is not supported by this agent", kMatches );
          }
-      };
-      readKind( kTagged, &OpenConfigReader::readTagged< decltype( claim ) > );
-      readKind( kTaggedList, &OpenConfigReader::readTaggedList< decltype( claim ) > );
-      readKind( kTaggedRange, &OpenConfigReader::readTaggedRange< decltype( claim ) > );
-      for ( const std::string_view kind : kDoubleTagged ) {
-         if ( const auto container = members.take( kind ) ) {
-            ++kinds;
-            if ( hasMapping ) {
-               document_.finding( *container, "is not supported by this agent", kMatches );
-            } else {
-               document_.unusedBelow( *container );
-            }
-         }
+         ++kinds;
       }
-      if ( kinds > 1 ) {
+      if ( hasMapping && kinds > 1 ) {
          document_.finding( place, "", fmt::format( "has {} kinds of match", kinds ),
                             "one kind in each subinterface" );
-      } else if ( kinds == 0 && hasMapping && members.isObject() ) {
+      } else if ( hasMapping && members && members->empty() ) {
          document_.finding( place, "", "has no kind of match", kMatches );
       }
-      members.finish();
       return vlans;
    }
 
-   template < typename Read, typename Claim >
-   void readMatchKind( const Place& container, const Read& read, const Claim& claim ) {
-      Members members( document_, container );
-      if ( const auto config = members.require( "config", "an object" ) ) {
-         Members inner( document_, *config );
-         ( this->*read )( inner, claim );
-         inner.finish();
+   // Neither is something else than an object, which has been reported.
+   static bool isWhole( const Place& parent, const std::optional< Place >& config ) {
+      return parent.value().object() && ( !config || config->value().object() );
+   }
+
+   // The leaf that a mapped match cannot do without.
+   std::optional< Place > matchLeaf( const std::optional< Place >& config, const Place& kind,
+                                     std::string_view name, bool needed,
+                                     std::string_view allowed = kVlanIds ) {
+      auto leaf = config ? config->member( name ) : std::nullopt;
+      if ( !leaf && needed && isWhole( kind, config ) ) {
+         document_.missing( kind, fmt::format( "config/{}", name ), allowed );
       }
-      members.finish();
+      return leaf;
    }
 
    template < typename Claim >
-   void readTagged( Members& config, const Claim& claim ) {
-      const auto leaf = config.require( "vlan-id", kVlanIds );
-      if ( const std::uint16_t vlan = document_.vlanId( leaf ) ) {
+   void readTagged( const Place& kind, bool needed, const Claim& claim ) {
+      const auto config = kind.member( "config" );
+      const auto leaf = matchLeaf( config, kind, "vlan-id", needed );
+      if ( const std::uint16_t vlan = vlanIdOf( leaf ) ) {
          claim( *leaf, vlan, vlan );
       }
    }
 
    template < typename Claim >
-   void readTaggedList( Members& config, const Claim& claim ) {
+   void readTaggedList( const Place& kind, bool needed, const Claim& claim ) {
       constexpr std::string_view kVlanIdArray = "an array of one or more VIDs 1..4094";
-      const auto leaf = config.require( "vlan-ids", kVlanIdArray );
+      const auto config = kind.member( "config" );
+      const auto leaf = matchLeaf( config, kind, "vlan-ids", needed, kVlanIdArray );
       const JsonArray* items = leaf ? leaf->value().array() : nullptr;
-      if ( leaf && !items ) {
-         document_.wrongType( *leaf, kVlanIdArray );
-      } else if ( items && items->empty() ) {
+      if ( items && items->empty() && needed ) {
          document_.finding( *leaf, "is empty", kVlanIdArray );
       }
       for ( std::size_t i = 0; items && i < items->size(); ++i ) {
          const Place item( *leaf, i, ( *items )[ i ] );
-         if ( const std::uint16_t vlan = document_.vlanId( item ) ) {
+         if ( const std::uint16_t vlan = vlanIdOf( &item.value() ) ) {
             claim( item, vlan, vlan );
          }
       }
    }
 
    template < typename Claim >
-   void readTaggedRange( Members& config, const Claim& claim ) {
-      const auto lowLeaf = config.require( "low-vlan-id", kVlanIds );
-      const auto highLeaf = config.require( "high-vlan-id", kVlanIds );
-      const std::uint16_t low = document_.vlanId( lowLeaf );
-      const std::uint16_t high = document_.vlanId( highLeaf );
+   void readTaggedRange( const Place& kind, bool needed, const Claim& claim ) {
+      const auto config = kind.member( "config" );
+      const std::uint16_t low = vlanIdOf( matchLeaf( config, kind, "low-vlan-id", needed ) );
+      const auto highLeaf = matchLeaf( config, kind, "high-vlan-id", needed );
+      const std::uint16_t high = vlanIdOf( highLeaf );
       if ( low == 0 || high == 0 ) {
          return;
       }
@@ -332,7 +248,7 @@ class OpenConfigReader {
          document_.finding( *highLeaf, fmt::format( "is below low-vlan-id {}", low ),
                             fmt::format( "{}..{}", low, kMaxVlanId ) );
       } else {
-         claim( config.place(), low, high );
+         claim( *config, low, high );
       }
    }
 
@@ -343,11 +259,11 @@ class OpenConfigReader {
       std::map< std::pair< std::size_t, std::uint32_t >, std::vector< std::uint16_t > > taken;
       for ( std::uint16_t vlan = low; vlan <= high; ++vlan ) {
          Word& first = matched[ vlan ];
-         if ( first.line != 0 ) {
-            taken[ { first.line, first.subinterface } ].push_back( vlan );
-         } else {
+         if ( first.line == 0 ) {
             first = word;
             vlans.push_back( vlan );
+         } else if ( first.subinterface != word.subinterface ) {
+            taken[ { first.line, first.subinterface } ].push_back( vlan );
          }
       }
       for ( const auto& [ first, ids ] : taken ) {
@@ -361,34 +277,26 @@ class OpenConfigReader {
    // Reads a mapping and gives `use( leaf, vlan )` the VID that a tag is swapped to.
    template < typename Use >
    void readSwap( const Place& mapping, const Use& use ) {
-      Members members( document_, mapping );
-      const auto config = members.take( "config" );
-      if ( !config ) {
-         if ( members.isObject() ) {
+      const auto config = mapping.member( "config" );
+      const auto action = config ? config->member( "vlan-stack-action" ) : std::nullopt;
+      if ( !action ) {
+         if ( isWhole( mapping, config ) ) {
             document_.missing( mapping, "config/vlan-stack-action", kSwap );
          }
-         members.finish();
          return;
       }
-      Members inner( document_, *config );
-      const auto actionLeaf = inner.require( "vlan-stack-action", kSwap );
-      const auto action =
-         actionLeaf ? document_.enumeration( *actionLeaf, kStackActions ) : std::nullopt;
-      if ( action && *action != kSwap ) {
-         document_.finding( *actionLeaf, "is not supported by this agent", kSwap );
+      const std::string name = textOf( action );
+      if ( name == "PUSH" || name == "POP" ) {
+         document_.finding( *action, "is not supported by this agent", kSwap );
+      } else if ( name == kSwap ) {
+         const auto leaf = config->member( "vlan-id" );
+         if ( !leaf ) {
+            document_.missing( *config, "vlan-id", kVlanIds );
+         }
+         if ( const std::uint16_t vlan = vlanIdOf( leaf ) ) {
+            use( *leaf, vlan );
+         }
       }
-      const bool swaps = action == kSwap;
-      const auto vlanLeaf = swaps ? inner.require( "vlan-id", kVlanIds ) : inner.take( "vlan-id" );
-      const std::uint16_t vlan = document_.vlanId( vlanLeaf );
-      if ( const auto leaf = inner.take( "tpid" ) ) {
-         document_.identity( *leaf, kTpids );
-         document_.unused( *leaf, kCheckedOnly );
-      }
-      if ( swaps && vlan != 0 ) {
-         use( *vlanLeaf, vlan );
-      }
-      inner.finish();
-      members.finish();
    }
 
    void finishPort( PortState& state ) {
@@ -407,8 +315,8 @@ class OpenConfigReader {
 }   // namespace
 
 std::vector< Port >
-readOpenConfig( Document& document, const JsonValue& root ) {
-   return OpenConfigReader( document ).read( root );
+readOpenConfig( Document& document, const Place& top ) {
+   return OpenConfigReader( document ).read( top );
 }
 
 }   // namespace Agent

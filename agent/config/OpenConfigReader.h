@@ -16,8 +16,9 @@
 
 namespace Agent {
 
-// The ports of the document at `root`, as far as they can be made out. What is wrong stands
-// in `document` afterwards; the ports are good only when it holds no finding.
-std::vector< Port > readOpenConfig( Document& document, const JsonValue& root );
+// The ports of the document at `top`, which has been held to openConfigSchema(), as far as they
+// can be made out. What is wrong stands in `document` afterwards; the ports are good only when it
+// holds no finding.
+std::vector< Port > readOpenConfig( Document& document, const Place& top );
 
 }   // namespace Agent

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,14 +23,23 @@ class Place {
    explicit Place( const JsonValue& root ) : value_( &root ) {}
    // A member of the object at `parent`.
    Place( const Place& parent, const JsonMember& member );
-   // Entry `position` (from 0) of the list at `parent`, named by the value of its key where
-   // `key` is not null.
+   // Entry `position` (from 0) of the list at `parent`, named by the value of its leaf `keyName`
+   // where it has that.
    Place( const Place& parent, std::size_t position, const JsonValue& entry,
-          std::string_view keyName = {}, const JsonValue* key = nullptr );
+          std::string_view keyName = {} );
 
    const JsonValue& value() const { return *value_; }
+   // Null for the whole document.
+   const Place* parent() const { return parent_; }
    // The module that defines this node, which members without prefix belong to.
    std::string_view module() const { return module_; }
+
+   // The first member of that name, nothing where there is none. Plain names are of the place's
+   // own module and are found with its prefix too; a name of another module must stand with its
+   // prefix.
+   std::optional< Place > member( std::string_view name ) const;
+   // The value at a path of such names below this place, null where there is none.
+   const JsonValue* valueBelow( std::string_view path ) const;
 
    // With the keys of list entries: /ietf-interfaces:interfaces/interface[name='eth1']
    std::string path() const;
@@ -46,7 +56,6 @@ class Place {
    // Of a member; entries have none.
    std::string_view name_;
    std::string_view keyName_;
-   const JsonValue* key_ = nullptr;
    std::size_t position_ = 0;
 };
 

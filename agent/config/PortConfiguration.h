@@ -38,12 +38,19 @@ struct Port {
    std::optional< std::string > lag;
 };
 
+enum class UnusedKind {
+   known,         // of the model, without a use here
+   otherModule,   // not looked at
+   tableOff,      // an entry of a translation table that is not enabled
+};
+
 // Members of the file that have no effect on the ports.
 struct UnusedMember {
    // Path without keys: /ietf-interfaces:interfaces/interface/enabled
    std::string path;
    std::size_t count;
    std::string reason;
+   UnusedKind kind = UnusedKind::known;
 };
 
 enum class ConfigurationFormat { ieee8021q, openConfig };

@@ -18,12 +18,15 @@ constexpr const char* kPortPath =
 // One port with the entries of its ingress table from line 8 on, and one unused member.
 std::string
 onePort( const std::string& entries ) {
-   return R"({"ietf-interfaces:interfaces": {"interface": [
+   return R"({"ieee802-dot1q-bridge:bridges": {"bridge": [{"name": "b", )"
+          R"("address": "00-00-5E-00-53-01", "bridge-type": "provider-bridge", )"
+          R"("component": [{"name": "c", "type": "s-vlan-component"}]}]}, )"
+          R"("ietf-interfaces:interfaces": {"interface": [
   {"name": "eth1",
    "type": "iana-if-type:ethernetCsmacd",
    "enabled": true,
    "ieee802-dot1q-bridge:bridge-port": {
-     "enable-vid-translation-table": true,
+     "bridge-name": "b", "component-name": "c", "enable-vid-translation-table": true,
      "vid-translations": [
 )" + entries +
           "\n]}}]}}\n";
@@ -69,7 +72,7 @@ applied( std::vector< std::string > command, const std::string& file,
 TEST( AgentCheck, aCleanFileExitsWithZero ) {
    const std::string file = sample( "small-ieee.json" );
    EXPECT_EQ( runAgent( { "check", file } ).text(),
-              exited( 0, "", file + ": clean, 7 ports, 126 mappings\n" ) );
+              exited( 0, "", tableOffNote() + file + ": clean, 7 ports, 126 mappings\n" ) );
 }
 
 TEST( AgentCheck, theSampleSwitchIsClean ) {
@@ -98,7 +101,7 @@ TEST( AgentCheck, listsEveryFindingOnALineOfItsOwnAndExitsWithOne ) {
                  finding( file, "10: " + path + "[local-vid='12']/relay-vid:",
                           "is missing; allowed: 1..4094" ) +
                  finding( file, "12: " + path + "[local-vid='13']/local-vid:",
-                          "value 13 is already used on line 11; allowed: each local-vid once" ) +
+                          "value 13 is already used on line 11; allowed: each key once" ) +
                  finding( file, "13: " + path + "[local-vid='14']/relay-vid:",
                           "value 113 is already the relay-vid of local-vid 13 on line 11; allowed: "
                           "one local-vid for each relay-vid while "
@@ -117,10 +120,21 @@ TEST( AgentCheck, verboseNamesTheUnusedMembersWithTheirNumber ) {
       scratch.file( "good.json", onePort( R"({"local-vid": 10, "relay-vid": 9})" ) );
    EXPECT_EQ( runAgent( { "check", "--verbose", file } ).text(),
               exited( 0, "",
+                      "not used: /ieee802-dot1q-bridge:bridges/bridge/address (1x): checked, has "
+                      "no effect\n"
+                      "not used: /ieee802-dot1q-bridge:bridges/bridge/bridge-type (1x): checked, "
+                      "has no effect\n"
+                      "not used: /ieee802-dot1q-bridge:bridges/bridge/component/type (1x): "
+                      "checked, has no effect\n"
                       "not used: /ietf-interfaces:interfaces/interface/type (1x): checked, has "
                       "no effect\n"
                       "not used: /ietf-interfaces:interfaces/interface/enabled (1x): not used "
-                      "by this agent\n" +
+                      "by this agent\n"
+                      "not used: /ietf-interfaces:interfaces/interface/"
+                      "ieee802-dot1q-bridge:bridge-port/bridge-name (1x): checked, has no effect\n"
+                      "not used: /ietf-interfaces:interfaces/interface/"
+                      "ieee802-dot1q-bridge:bridge-port/component-name (1x): checked, has no "
+                      "effect\n" +
                          file + ": clean, 1 port, 1 mapping\n" ) );
 }
 
@@ -185,6 +199,36 @@ TEST( AgentCheck, jsonOfAFileThatCannotBeLookedIntoHasTheCause ) {
    EXPECT_EQ( document.at( "findings" )[ 0 ].at( "problem" ),
               "cannot be opened: No such file or directory" );
    EXPECT_EQ( document.at( "findings" )[ 0 ].at( "line" ), nullptr );
+}
+
+TEST( AgentCheck, aMisspeltTableIsAFinding ) {
+   std::string text = onePort( R"({"local-vid": 10, "relay-vid": 9})" );
+   text.replace( text.find( "vid-translations" ), std::string( "vid-translations" ).size(),
+                 "vid-translation" );
+   EXPECT_EQ( runAgent( { "check", "-" }, text ).text(),
+              exited( 1,
+                      finding( "<stdin>", std::string( "7: " ) + kPortPath + "vid-translation:",
+                               "is unknown; allowed: vid-translations perhaps" ),
+                      "<stdin>: 1 finding\n" ) );
+}
+
+TEST( AgentCheck, oneLineCountsMembersOfOtherModulesAndTablesThatAreOff ) {
+   std::string text = onePort( R"({"local-vid": 10, "relay-vid": 9})" );
+   text.replace( text.find( "true,\n     \"vid" ), 4, "false" );
+   const std::string off = "1 entry of tables that are not enabled";
+   EXPECT_EQ( runAgent( { "check", "-" }, text ).text(),
+              exited( 0, "",
+                      "<stdin>: not used: " + off +
+                         "; -v names them\n<stdin>: clean, 1 port, 0 mappings\n" ) );
+   text.insert( 1, R"("acme:a": {"x": 1, "y": [2]}, )" );
+   const std::string both = "<stdin>: not used: 2 members of other modules, " + off;
+   EXPECT_EQ( runAgent( { "check", "-" }, text ).text(),
+              exited( 0, "", both + "; -v names them\n<stdin>: clean, 1 port, 0 mappings\n" ) );
+   const std::string named = runAgent( { "check", "-v", "-" }, text ).err;
+   EXPECT_NE( named.find( "not used: /acme:a/y (1x): of another module\n" ), std::string::npos );
+   EXPECT_NE( named.find( "vid-translations (1x): enable-vid-translation-table is false\n" ),
+              std::string::npos );
+   EXPECT_NE( named.find( both + "\n<stdin>: clean" ), std::string::npos ) << named;
 }
 
 TEST( AgentCheck, aFileThatCannotBeLookedIntoExitsWithTwo ) {

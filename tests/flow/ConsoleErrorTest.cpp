@@ -254,7 +254,7 @@ TEST( AgentConsoleErrors, standInOrderWithTheOutput ) {
    EXPECT_EQ( consoleInOneStream( "get codef.initialized\nstep 1\nget codef.initialized\n",
                                   sample( "small-ieee.json" ) )
                  .out,
-              "true\nline 2: usage: step\ntrue\n" );
+              tableOffNote() + "true\nline 2: usage: step\ntrue\n" );
 }
 
 TEST( AgentConsoleErrors, deepNestingIsOnlyAnError ) {

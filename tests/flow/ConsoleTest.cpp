@@ -46,7 +46,7 @@ TEST( AgentConsole, aFileIsAppliedFirst ) {
                                       "[700] " + rangeTo( 700, 731, 2200 ) + "\n[740] " +
                                          rangeTo( 740, 740, 2200 ) + "\n[742] " +
                                          rangeTo( 742, 742, 2200 ) + "\nfalse\n",
-                                      "" ) );
+                                      tableOffNote() ) );
 }
 
 TEST( AgentConsole, standardInputIsRefusedAsFile ) {

@@ -83,7 +83,7 @@ TEST( Pages, consoleShowsASessionAsItGoes ) {
    const Dialogue shown = dialogueOf( page( "console.md" ) );
    ASSERT_GT( linesOf( shown.commands ).size(), 10u );
    const Outcome outcome = consoleInOneStream( shown.commands, sample( "small-ieee.json" ) );
-   EXPECT_EQ( asOnATerminal( outcome.out ), shown.answers );
+   EXPECT_EQ( asOnATerminal( outcome.out ), tableOffNote() + shown.answers );
 }
 
 }   // namespace

@@ -123,11 +123,20 @@ configurationOf( const std::map< std::string, Table >& ports, Dice& dice ) {
       interfaces.push_back( { { "name", name },
                               { "type", "iana-if-type:ethernetCsmacd" },
                               { "ieee802-dot1q-bridge:bridge-port",
-                                { { "enable-vid-translation-table", true },
+                                { { "bridge-name", "b" },
+                                  { "component-name", "c" },
+                                  { "enable-vid-translation-table", true },
                                   { "enable-egress-vid-translation-table", true },
                                   { "vid-translations", entries } } } } );
    }
-   return json{ { "ietf-interfaces:interfaces", { { "interface", interfaces } } } }.dump( 1 );
+   const json component{ { "name", "c" }, { "type", "s-vlan-component" } };
+   const json bridge{ { "name", "b" },
+                      { "address", "00-00-5E-00-53-01" },
+                      { "bridge-type", "provider-bridge" },
+                      { "component", json::array( { component } ) } };
+   return json{ { "ieee802-dot1q-bridge:bridges", { { "bridge", json::array( { bridge } ) } } },
+                { "ietf-interfaces:interfaces", { { "interface", interfaces } } } }
+      .dump( 1 );
 }
 
 TEST( AgentRandom, configurationsBecomeTheRangesOfBruteForce ) {

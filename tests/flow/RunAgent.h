@@ -163,6 +163,12 @@ sample( const std::string& name ) {
    return std::string( MOX_SAMPLES_DIR ) + "/" + name;
 }
 
+/// What every command that reads small-ieee.json says of the table that is switched off there.
+inline std::string
+tableOffNote( const std::string& file = sample( "small-ieee.json" ) ) {
+   return file + ": not used: 2 entries of tables that are not enabled; -v names them\n";
+}
+
 /// Throws std::runtime_error when there is no such file.
 inline std::string
 textOfFile( const std::string& path ) {

@@ -79,12 +79,12 @@ TEST( AgentShowRanges, vlansLeavesTheRangesThatHoldOneOfThem ) {
                       "access2  60  -> 1560  1 id  range entry 1\n"
                       "edge1  1  -> 2300  1 id  range entry 1\n"
                       "edge1  4094  -> 2300  1 id  range entry 4\n",
-                      "" ) );
+                      tableOffNote() ) );
 }
 
 TEST( AgentShowRanges, vlansThatNoPortTranslatesLeaveNothing ) {
    EXPECT_EQ( runAgent( { "show", "ranges", "--vlans", "741,4000", ieee() } ).text(),
-              exited( 0, "", "" ) );
+              exited( 0, "", tableOffNote() ) );
 }
 
 TEST( AgentShowRanges, aBadListOfVlansNamesThePlace ) {
@@ -96,8 +96,9 @@ TEST( AgentShowRanges, aBadListOfVlansNamesThePlace ) {
       { "5-1", "offset 2: expected a VLAN id of at least 5, found \"1\"" },
       { "1,1", "offset 2: expected a VLAN id above 1, found \"1\"" } };
    for ( const auto& list : lists ) {
-      EXPECT_EQ( runAgent( { "show", "ranges", "--vlans", list[ 0 ], ieee() } ).text(),
-                 exited( 2, "", "--vlans " + list[ 0 ] + ": " + list[ 1 ] + "\n" ) );
+      EXPECT_EQ(
+         runAgent( { "show", "ranges", "--vlans", list[ 0 ], ieee() } ).text(),
+         exited( 2, "", tableOffNote() + "--vlans " + list[ 0 ] + ": " + list[ 1 ] + "\n" ) );
    }
 }
 
@@ -152,9 +153,13 @@ TEST( AgentShowSummary, isWhatRunShows ) {
 }
 
 TEST( AgentShowSummary, theDocumentIsStable ) {
-   const std::string text = R"({"ietf-interfaces:interfaces":{"interface":[
+   const std::string text = R"({"ieee802-dot1q-bridge:bridges":{"bridge":[
+      {"name":"x","address":"00-00-5E-00-53-01","bridge-type":"provider-bridge",
+       "component":[{"name":"y","type":"s-vlan-component"}]}]},
+    "ietf-interfaces:interfaces":{"interface":[
       {"name":"b","type":"iana-if-type:ethernetCsmacd","ieee802-dot1q-bridge:bridge-port":
-        {"enable-vid-translation-table":true,"enable-egress-vid-translation-table":true,
+        {"bridge-name":"x","component-name":"y",
+         "enable-vid-translation-table":true,"enable-egress-vid-translation-table":true,
          "vid-translations":[{"local-vid":5,"relay-vid":9},{"local-vid":6,"relay-vid":9},
                              {"local-vid":9,"relay-vid":9},{"local-vid":11,"relay-vid":9}]}},
       {"name":"a","type":"iana-if-type:ethernetCsmacd"}]}})";
@@ -264,7 +269,7 @@ TEST( AgentShowPort, theDocumentIsStable ) {
 
 TEST( AgentShowPort, anUnknownPortIsRefused ) {
    EXPECT_EQ( runAgent( { "show", "port", "nope", ieee() } ).text(),
-              exited( 2, "", ieee() + ": there is no port \"nope\"\n" ) );
+              exited( 2, "", tableOffNote() + ieee() + ": there is no port \"nope\"\n" ) );
 }
 
 // A port and its aggregate whose names look like others: "eth2" from right to left, "lag" with a

@@ -153,7 +153,9 @@ subinterfacesOf( const Port& port ) {
       if ( const auto left = leaves.extract( mapping.relay ) ) {
          vlan[ "egress-mapping" ] = swapTo( left.mapped() );
       }
-      all.push_back( { { "index", all.size() }, { "openconfig-vlan:vlan", vlan } } );
+      all.push_back( { { "index", all.size() },
+                       { "config", { { "index", all.size() } } },
+                       { "openconfig-vlan:vlan", vlan } } );
    }
    return all;
 }

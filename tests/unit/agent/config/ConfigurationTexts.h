@@ -74,15 +74,23 @@ constexpr std::string_view kBridges =
    R"("bridge-type":"provider-bridge",)"
    R"("component":[{"name":"c","type":"s-vlan-component"}]}]},)";
 
-// An IEEE configuration of one port; `members` of its bridge-port start on line 3.
+// An IEEE configuration of one port that names no component; `members` of its bridge-port start on
+// line 3.
 inline std::string
-ieeePort( std::string_view members ) {
+ieeeBarePort( std::string_view members ) {
    return std::string( kBridges ) +
           "\n"
           R"("ietf-interfaces:interfaces":{"interface":[{"name":"eth1",)"
           R"("type":"iana-if-type:ethernetCsmacd","ieee802-dot1q-bridge:bridge-port":{)"
           "\n" +
           std::string( members ) + "\n}}]}}";
+}
+
+// The same of a port of that component.
+inline std::string
+ieeePort( std::string_view members ) {
+   return ieeeBarePort( std::string( members ) + ( members.empty() ? "" : "," ) +
+                        R"("bridge-name":"b","component-name":"c")" );
 }
 
 // The path of that bridge-port.
@@ -110,8 +118,9 @@ openConfigPort( std::string_view name, std::string_view subinterfaces ) {
 // One subinterface on one line with `vlan` as its openconfig-vlan:vlan.
 inline std::string
 subinterface( int index, std::string_view vlan ) {
-   return R"({"index":)" + std::to_string( index ) + R"(,"openconfig-vlan:vlan":{)" +
-          std::string( vlan ) + "}}";
+   const std::string number = std::to_string( index );
+   return R"({"index":)" + number + R"(,"config":{"index":)" + number +
+          R"(},"openconfig-vlan:vlan":{)" + std::string( vlan ) + "}}";
 }
 
 inline std::string

@@ -111,8 +111,11 @@ TEST( OpenConfigMatch, TheLeavesOfAKindMustBeThere ) {
               "f.json:3: " + vlanPath( 1, "/match/single-tagged/config/vlan-id" ) +
                  ": is missing; allowed: 1..4094\n" );
    EXPECT_EQ( ports( { R"("match":{"single-tagged":{}})" + in( 7 ) } ),
+              "f.json:3: " + vlanPath( 1, "/match/single-tagged/config/vlan-id" ) +
+                 ": is missing; allowed: 1..4094\n" );
+   EXPECT_EQ( ports( { R"("match":{"single-tagged":{"config":7}})" + in( 7 ) } ),
               "f.json:3: " + vlanPath( 1, "/match/single-tagged/config" ) +
-                 ": is missing; allowed: an object\n" );
+                 ": value 7 has the wrong type, an integer number; allowed: an object\n" );
    EXPECT_EQ(
       ports( { R"("match":{"single-tagged-range":{"config":{"low-vlan-id":5}}})" + in( 7 ) } ),
       "f.json:3: " + vlanPath( 1, "/match/single-tagged-range/config/high-vlan-id" ) +
@@ -122,8 +125,8 @@ TEST( OpenConfigMatch, TheLeavesOfAKindMustBeThere ) {
                  ": value [] is empty; allowed: an array of one or more VIDs 1..4094\n" );
    EXPECT_EQ( ports( { R"("match":{"single-tagged-list":{"config":{"vlan-ids":5}}})" + in( 7 ) } ),
               "f.json:3: " + vlanPath( 1, "/match/single-tagged-list/config/vlan-ids" ) +
-                 ": value 5 has the wrong type, an integer number; allowed: an array of one or "
-                 "more VIDs 1..4094\n" );
+                 ": value 5 has the wrong type, an integer number; allowed: an array, each item "
+                 "1..4094\n" );
 }
 
 TEST( OpenConfigMatch, OneSubinterfaceHasOneKind ) {
@@ -170,8 +173,7 @@ TEST( OpenConfigMatch, AVidBelongsToOneSubinterfaceOfAPort ) {
 TEST( OpenConfigMatch, AVidStandsOnceInAList ) {
    EXPECT_EQ( ports( { taggedList( "5, 6, 5" ) + in( 7 ) } ),
               "f.json:3: " + vlanPath( 1, "/match/single-tagged-list/config/vlan-ids[3]" ) +
-                 ": value 5 is already matched in subinterface 1 on line 3; allowed: each VID "
-                 "once on one port\n" );
+                 ": value 5 is already used on line 3; allowed: each value once\n" );
 }
 
 TEST( OpenConfigMatch, AVidMatchedWithoutMappingCountsAsMatched ) {
@@ -274,11 +276,13 @@ TEST( OpenConfigMapping, AnEgressMappingNeedsAnIngressMapping ) {
 // --- interfaces and subinterfaces
 
 TEST( OpenConfigInterfaces, NeedNameAndType ) {
-   EXPECT_EQ( portsOf( read( openConfig( "{},\n{\"name\":\"e\",\"config\":{}}" ) ) ),
+   EXPECT_EQ( portsOf( read( openConfig( "{},\n{\"name\":\"e\",\"config\":{\"name\":\"e\"}}" ) ) ),
               "f.json:2: /openconfig-interfaces:interfaces/interface[1]/name: is missing; "
-              "allowed: a name\n"
+              "allowed: a name of one or more characters without control characters\n"
               "f.json:2: /openconfig-interfaces:interfaces/interface[1]/config/type: is missing; "
               "allowed: an identity of iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n"
+              "f.json:2: /openconfig-interfaces:interfaces/interface[1]/config/name: is missing; "
+              "allowed: a name of one or more characters without control characters\n"
               "f.json:3: /openconfig-interfaces:interfaces/interface[name='e']/config/type: is "
               "missing; allowed: an identity of iana-if-type, such as "
               "\"iana-if-type:ethernetCsmacd\"\n" );
@@ -301,7 +305,7 @@ TEST( OpenConfigInterfaces, TheNameInConfigEqualsTheKey ) {
 
 TEST( OpenConfigInterfaces, HaveATypeOfTheRegistry ) {
    EXPECT_EQ( portsOf( read( openConfig( R"({"name":"eth1","config":{)"
-                                         R"("type":"iana-if-type:warp"}})" ) ) ),
+                                         R"("name":"eth1","type":"iana-if-type:warp"}})" ) ) ),
               "f.json:2: " + kPort +
                  "/config/type: value \"iana-if-type:warp\" is unknown; allowed: an identity of "
                  "iana-if-type, such as \"iana-if-type:ethernetCsmacd\"\n" );
@@ -309,7 +313,8 @@ TEST( OpenConfigInterfaces, HaveATypeOfTheRegistry ) {
 
 TEST( OpenConfigSubinterfaces, AreNumberedOnceEach ) {
    EXPECT_EQ( portsOf( read( openConfig( openConfigPort(
-                 "eth1", "{\"index\":1},\n{\"index\":1},\n{},\n{\"index\":-1}" ) ) ) ),
+                 "eth1", subinterface( 1, "" ) + ",\n" + subinterface( 1, "" ) +
+                            ",\n{\"config\":{\"index\":0}},\n" + subinterface( -1, "" ) ) ) ) ),
               "f.json:4: " + kPort +
                  "/subinterfaces/subinterface[index='1']/index: value 1 is already used on line "
                  "3; allowed: each key once\n"
@@ -319,6 +324,10 @@ TEST( OpenConfigSubinterfaces, AreNumberedOnceEach ) {
                  "f.json:6: " +
                  kPort +
                  "/subinterfaces/subinterface[index='-1']/index: value -1 is not allowed; "
+                 "allowed: 0..4294967295\n"
+                 "f.json:6: " +
+                 kPort +
+                 "/subinterfaces/subinterface[index='-1']/config/index: value -1 is not allowed; "
                  "allowed: 0..4294967295\n" );
 }
 
@@ -340,11 +349,12 @@ TEST( OpenConfigSubinterfaces, WithoutVlanAreUnused ) {
       "/openconfig-interfaces:interfaces/interface/subinterfaces/subinterface/config/"
       "enabled 1 not used by this agent\n"
       "/openconfig-interfaces:interfaces/interface/subinterfaces/subinterface/"
-      "openconfig-if-ip:ipv4/unnumbered/config/enabled 1 not used by this agent\n" );
+      "openconfig-if-ip:ipv4/unnumbered/config/enabled 1 of another module\n" );
 }
 
 TEST( OpenConfigSubinterfaces, AVlanWithoutItsModuleNameIsNotPassedOver ) {
-   EXPECT_EQ( portsOf( read( openConfig( openConfigPort( "eth1", R"({"index":1,"vlan":{}})" ) ) ) ),
+   EXPECT_EQ( portsOf( read( openConfig(
+                 openConfigPort( "eth1", R"({"index":1,"config":{"index":1},"vlan":{}})" ) ) ) ),
               "f.json:3: " + kPort +
                  "/subinterfaces/subinterface[index='1']/vlan: value {} lacks its module name; "
                  "allowed: \"openconfig-vlan:vlan\"\n" );
@@ -354,9 +364,10 @@ TEST( OpenConfigSubinterfaces, ThePrefixOfTheOwnModuleIsOptional ) {
    EXPECT_EQ(
       portsOf( read( openConfig(
          R"({"openconfig-interfaces:name":"e","openconfig-interfaces:config":)"
-         R"({"openconfig-interfaces:type":"iana-if-type:other"},)"
+         R"({"openconfig-interfaces:name":"e","openconfig-interfaces:type":"iana-if-type:other"},)"
          R"("openconfig-interfaces:subinterfaces":{"openconfig-interfaces:subinterface":[)"
-         R"({"openconfig-interfaces:index":1,"openconfig-vlan:vlan":{"openconfig-vlan:match":)"
+         R"({"openconfig-interfaces:index":1,"config":{"openconfig-interfaces:index":1},)"
+         R"("openconfig-vlan:vlan":{"openconfig-vlan:match":)"
          R"({"openconfig-vlan:single-tagged":{"config":{"openconfig-vlan:vlan-id":5}}},)"
          R"("openconfig-vlan:ingress-mapping":{"config":{"vlan-stack-action":"SWAP",)"
          R"("openconfig-vlan:vlan-id":7}}}}]}})" ) ) ),
@@ -367,8 +378,8 @@ TEST( OpenConfigSubinterfaces, ThePrefixOfTheOwnModuleIsOptional ) {
 
 std::string
 member( const std::string& name, const std::string& aggregate ) {
-   return R"({"name":")" + name +
-          R"(","config":{"type":"iana-if-type:ethernetCsmacd"},)"
+   return R"({"name":")" + name + R"(","config":{"name":")" + name +
+          R"(","type":"iana-if-type:ethernetCsmacd"},)"
           R"("openconfig-if-ethernet:ethernet":{"config":{)" +
           aggregate + "}}}";
 }

@@ -36,18 +36,41 @@ TEST_F( PlaceTest, AMemberNamesItsModuleWhereThatChanges ) {
 }
 
 TEST_F( PlaceTest, AnEntryIsNamedByItsKey ) {
-   const Place second( list_, 1, second_, "key", &( *second_.object() )[ 0 ].value );
+   const Place second( list_, 1, second_, "key" );
    EXPECT_EQ( second.path(), "/m:list[key='7']" );
    EXPECT_EQ( second.pattern(), "/m:list" );
 }
 
 TEST_F( PlaceTest, AKeyWithAQuoteStandsInTheOtherQuotes ) {
-   const Place first( list_, 0, entry_, "key", &( *entry_.object() )[ 0 ].value );
+   const Place first( list_, 0, entry_, "key" );
    EXPECT_EQ( first.path(), "/m:list[key=\"it's\"]" );
 }
 
 TEST_F( PlaceTest, AnEntryWithoutKeyIsNamedByItsPositionFromOne ) {
    EXPECT_EQ( Place( list_, 1, second_ ).path(), "/m:list[2]" );
+}
+
+TEST_F( PlaceTest, AnEntryWhoseKeyIsNoScalarIsNamedByItsPosition ) {
+   const ParsedJson entry = parseJson( R"({"key":{}})" );
+   EXPECT_EQ( Place( list_, 1, *entry.value, "key" ).path(), "/m:list[2]" );
+}
+
+TEST_F( PlaceTest, MembersAreFoundWithAndWithoutThePrefixOfTheirModule ) {
+   const Place entry( list_, 0, entry_ );
+   EXPECT_EQ( entry.member( "plain" )->value().shown(), "2" );
+   EXPECT_EQ( entry.member( "other:leaf" )->value().shown(), "1" );
+   EXPECT_FALSE( entry.member( "leaf" ) );
+   EXPECT_FALSE( list_.member( "key" ) );
+   EXPECT_EQ( root_.parent(), nullptr );
+   EXPECT_EQ( entry.parent(), &list_ );
+}
+
+TEST_F( PlaceTest, AValueIsFoundByItsPath ) {
+   const ParsedJson json = parseJson( R"({"m:a":{"b":{"m:c":7}}})" );
+   const Place root( *json.value );
+   EXPECT_EQ( root.valueBelow( "m:a/b/c" )->shown(), "7" );
+   EXPECT_EQ( root.valueBelow( "m:a/b/c/d" ), nullptr );
+   EXPECT_EQ( root.valueBelow( "m:a/x/c" ), nullptr );
 }
 
 TEST_F( PlaceTest, AMemberWithoutNameStillShowsInThePath ) {
@@ -61,9 +84,8 @@ TEST_F( PlaceTest, AMemberWithoutNameStillShowsInThePath ) {
 
 TEST_F( PlaceTest, ControlCharactersOfNamesAndKeysAreEscaped ) {
    const JsonMember odd{ "a\nb", JsonValue(), 1 };
-   JsonValue key;
-   key.data = std::string( "k\x1b" );
-   EXPECT_EQ( Place( Place( list_, 0, entry_, "key", &key ), odd ).path(),
+   const ParsedJson entry = parseJson( R"({"key":"k\u001b"})" );
+   EXPECT_EQ( Place( Place( list_, 0, *entry.value, "key" ), odd ).path(),
               "/m:list[key='k\\u001b']/a\\u000ab" );
 }
 
