@@ -79,9 +79,10 @@ ReadResult
 read( const Options& options ) {
    return whileDoing( "reading", [ & ] {
       ProgressBar bar( "reading", Zel::steadyClockFactory() );
-      return readConfiguration( options.file, [ &bar ]( std::size_t bytes, std::size_t ofBytes ) {
-         bar.doneIs( bytes, ofBytes );
-      } );
+      return readConfiguration( options.file, options.maxMappings,
+                                [ &bar ]( std::size_t bytes, std::size_t ofBytes ) {
+                                   bar.doneIs( bytes, ofBytes );
+                                } );
    } );
 }
 

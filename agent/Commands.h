@@ -5,12 +5,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <optional>
 #include <string>
 
 #include "agent/Report.h"
 #include "agent/ScaleAgent.h"
+#include "agent/config/ConfigurationReader.h"
 
 namespace Agent {
 
@@ -21,6 +23,7 @@ constexpr int kExitUnusable = 2;
 struct Options {
    std::string file;   ///< "-" for standard input; empty for none
    std::size_t rangeEntries = ScaleAgent::kDefaultRangeEntries;
+   std::uint64_t maxMappings = kDefaultMaxMappings;
    bool verbose = false;
    bool json = false;
    bool markdown = false;

@@ -194,6 +194,11 @@ class CommandLine {
    }
    CLI::Option* configurationFile( CLI::App* sub ) {
       sub->add_flag( "--verbose,-v", options_.verbose, "name the members that are not used" );
+      sub->add_option( "--max-mappings", options_.maxMappings,
+                       "refuse a configuration that asks for more ingress mappings" )
+         ->capture_default_str()
+         ->check( CLI::Validator( plainDecimal, "" ) )
+         ->check( CLI::Range( std::uint64_t( 1 ), Agent::kHighestMaxMappings ) );
       return sub
          ->add_option( "FILE", options_.file,
                        "IEEE 802.1Q or OpenConfig VLAN configuration, RFC 7951 JSON; - reads "

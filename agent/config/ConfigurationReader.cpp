@@ -10,6 +10,8 @@
 #include <system_error>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "agent/config/Document.h"
 #include "agent/config/Ieee8021qReader.h"
 #include "agent/config/Ieee8021qSchema.h"
@@ -72,7 +74,8 @@ hasAny( const JsonObject& object, std::span< const std::string_view > names ) {
 }   // namespace
 
 ReadResult
-readConfiguration( const std::string& path, const ReadProgress& progress ) {
+readConfiguration( const std::string& path, std::uint64_t maxMappings,
+                   const ReadProgress& progress ) {
    const bool standardInput = path == "-";
    const std::string file = standardInput ? "<stdin>" : path;
    std::unique_ptr< std::FILE, CloseFile > opened;
@@ -88,11 +91,11 @@ readConfiguration( const std::string& path, const ReadProgress& progress ) {
    if ( !error.empty() ) {
       return unusable( file, 0, error, "" );
    }
-   return readConfigurationText( file, text, progress );
+   return readConfigurationText( file, text, maxMappings, progress );
 }
 
 ReadResult
-readConfigurationText( const std::string& file, std::string_view text,
+readConfigurationText( const std::string& file, std::string_view text, std::uint64_t maxMappings,
                        const ReadProgress& progress ) {
    const ParsedJson json = parseJson( text, [ & ]( std::size_t bytes ) {
       if ( progress ) {
@@ -122,11 +125,19 @@ readConfigurationText( const std::string& file, std::string_view text,
    Document document( file );
    const Place top( root );
    checkDocument( document, openConfig ? openConfigSchema() : ieee8021qSchema(), top );
+   const std::uint64_t mappings =
+      openConfig ? countOpenConfigMappings( top ) : countIeee8021qMappings( top );
    Configuration configuration;
    configuration.format =
       openConfig ? ConfigurationFormat::openConfig : ConfigurationFormat::ieee8021q;
-   configuration.ports =
-      openConfig ? readOpenConfig( document, top ) : readIeee8021q( document, top );
+   if ( mappings > maxMappings ) {
+      document.finding(
+         top, "", fmt::format( "asks for {} mappings", mappings ),
+         fmt::format( "at most {}; --max-mappings sets another limit", maxMappings ) );
+   } else {
+      configuration.ports =
+         openConfig ? readOpenConfig( document, top ) : readIeee8021q( document, top );
+   }
    configuration.unused = document.takeUnused();
    ReadResult result;
    result.findings = document.takeFindings();

@@ -9,6 +9,7 @@
 // Errors     Whatever the input holds comes back in the result; only memory exhaustion throws.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -30,14 +31,22 @@ struct ReadResult {
    bool unusable = false;
 };
 
+// Every VID of 1,024 ports. A short text can ask for more than a machine has memory for.
+constexpr std::uint64_t kDefaultMaxMappings = std::uint64_t( kMaxVlanId ) * 1024;
+constexpr std::uint64_t kHighestMaxMappings = 4294967295;
+
 // Told now and then how many bytes are behind, and of how many; 0 while that is not known.
 using ReadProgress = std::function< void( std::size_t bytes, std::size_t ofBytes ) >;
 
-// Reads the file `path`, "-" for standard input up to its end. At most 256 MiB.
-ReadResult readConfiguration( const std::string& path, const ReadProgress& progress = {} );
+// Reads the file `path`, "-" for standard input up to its end. At most 256 MiB. A text that asks
+// for more than `maxMappings` ingress mappings is refused before any is made.
+ReadResult readConfiguration( const std::string& path,
+                              std::uint64_t maxMappings = kDefaultMaxMappings,
+                              const ReadProgress& progress = {} );
 
 // As above from memory. `file` is how findings name the text.
 ReadResult readConfigurationText( const std::string& file, std::string_view text,
+                                  std::uint64_t maxMappings = kDefaultMaxMappings,
                                   const ReadProgress& progress = {} );
 
 }   // namespace Agent

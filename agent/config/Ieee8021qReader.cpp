@@ -235,6 +235,20 @@ class Ieee8021qReader {
 
 }   // namespace
 
+std::uint64_t
+countIeee8021qMappings( const Place& top ) {
+   std::uint64_t count = 0;
+   forEachInterface( top, [ & ]( const Place& entry ) {
+      const auto port = entry.member( kBridgePort );
+      const auto list = port && isTrue( port->member( kEnableIngress ) )
+                         ? port->member( kIngressTable.list )
+                         : std::nullopt;
+      const JsonArray* entries = list ? list->value().array() : nullptr;
+      count += entries ? entries->size() : 0;
+   } );
+   return count;
+}
+
 std::vector< Port >
 readIeee8021q( Document& document, const Place& top ) {
    return Ieee8021qReader( document ).read( top );

@@ -9,12 +9,16 @@
 // direction has its entries.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "agent/config/Document.h"
 #include "agent/config/PortConfiguration.h"
 
 namespace Agent {
+
+// The mappings that the document at `top` asks for: entries of ingress tables that act.
+std::uint64_t countIeee8021qMappings( const Place& top );
 
 // The ports of the document at `top`, which has been held to ieee8021qSchema(), as far as they can
 // be made out. What is wrong stands in `document` afterwards; the ports are good only when it holds

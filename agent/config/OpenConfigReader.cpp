@@ -312,7 +312,36 @@ class OpenConfigReader {
    std::vector< Port > ports_;
 };
 
+// How many VIDs a subinterface matches and maps.
+std::uint64_t
+mappingsOf( const Place& subinterface ) {
+   const auto vlan = subinterface.member( "openconfig-vlan:vlan" );
+   const auto match = vlan ? vlan->member( "match" ) : std::nullopt;
+   if ( !match || !vlan->member( "ingress-mapping" ) ) {
+      return 0;
+   }
+   const JsonValue* list = match->valueBelow( "single-tagged-list/config/vlan-ids" );
+   const JsonArray* ids = list ? list->array() : nullptr;
+   const std::uint16_t low =
+      vlanIdOf( match->valueBelow( "single-tagged-range/config/low-vlan-id" ) );
+   const std::uint16_t high =
+      vlanIdOf( match->valueBelow( "single-tagged-range/config/high-vlan-id" ) );
+   return ( match->valueBelow( "single-tagged/config/vlan-id" ) ? 1U : 0U ) +
+          ( ids ? ids->size() : 0U ) +
+          ( low != 0 && high >= low ? std::uint64_t( high - low ) + 1 : 0U );
+}
+
 }   // namespace
+
+std::uint64_t
+countOpenConfigMappings( const Place& top ) {
+   std::uint64_t count = 0;
+   forEachInterface( top, [ & ]( const Place& interface ) {
+      forEachSubinterface( interface,
+                           [ & ]( const Place& entry ) { count += mappingsOf( entry ); } );
+   } );
+   return count;
+}
 
 std::vector< Port >
 readOpenConfig( Document& document, const Place& top ) {

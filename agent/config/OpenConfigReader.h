@@ -9,12 +9,16 @@
 // carry them out, and passing them over would forward frames in the wrong VLAN.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "agent/config/Document.h"
 #include "agent/config/PortConfiguration.h"
 
 namespace Agent {
+
+// The mappings that the document at `top` asks for, counted before anything is expanded.
+std::uint64_t countOpenConfigMappings( const Place& top );
 
 // The ports of the document at `top`, which has been held to openConfigSchema(), as far as they
 // can be made out. What is wrong stands in `document` afterwards; the ports are good only when it

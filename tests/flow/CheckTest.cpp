@@ -290,6 +290,26 @@ TEST( AgentBadFile, furtherFaultsAreCountedBehindTheFirst ) {
    }
 }
 
+TEST( AgentBadFile, moreMappingsThanTheLimitAreRefusedByEveryCommand ) {
+   const ScratchFolder scratch;
+   const std::string file =
+      scratch.file( "three.json", onePort( R"({"local-vid": 1, "relay-vid": 5},
+{"local-vid": 2, "relay-vid": 6}, {"local-vid": 3, "relay-vid": 7})" ) );
+   std::vector< std::vector< std::string > > commands = applyingCommands();
+   commands.push_back( { "console" } );
+   for ( std::vector< std::string > command : commands ) {
+      command.insert( command.end(), { "--max-mappings", "3" } );
+      EXPECT_EQ( applied( command, file ).exitCode, 0 );
+      command.back() = "2";
+      EXPECT_EQ( applied( command, file ).text(),
+                 exited( 2, "",
+                         file + ":1: /: asks for 3 mappings; allowed: at most 2; --max-mappings "
+                                "sets another limit\n" ) );
+   }
+   EXPECT_EQ( runAgent( { "check", "--max-mappings", "2", file } ).exitCode, 1 );
+   EXPECT_EQ( runAgent( { "check", "--max-mappings", "0", file } ).exitCode, 2 );
+}
+
 TEST( AgentBadFile, anUnusableFileIsOneLineForEveryCommand ) {
    const ScratchFolder scratch;
    const std::string absent = scratch.path( "absent.json" );

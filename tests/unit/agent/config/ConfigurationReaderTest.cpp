@@ -170,6 +170,60 @@ TEST( ConfigurationText, TopLevelNamesNeedTheirModule ) {
               "of the form MODULE:NAME\n" );
 }
 
+// The match of each port is a range of all VIDs.
+std::string
+allVidsOf( int ports ) {
+   std::string interfaces;
+   for ( int i = 0; i < ports; ++i ) {
+      interfaces += ( i == 0 ? "" : ",\n" ) +
+                    openConfigPort( "p" + std::to_string( i ),
+                                    subinterface( 1, R"("match":{"single-tagged-range":{"config":)"
+                                                     R"({"low-vlan-id":1,"high-vlan-id":4094}}},)" +
+                                                        swapMapping( "ingress", 7 ) ) );
+   }
+   return openConfig( interfaces );
+}
+
+TEST( ConfigurationLimit, AShortTextCannotAskForEverything ) {
+   const std::string text = allVidsOf( 1025 );
+   EXPECT_LT( text.size(), 400000u );
+   EXPECT_EQ( findingsOf( read( text ) ),
+              "f.json:1: /: asks for 4196350 mappings; allowed: at most 4192256; --max-mappings "
+              "sets another limit\n" );
+}
+
+TEST( ConfigurationLimit, IsOnTheSumOverAllPortsAndKindsOfMatch ) {
+   const std::string text = openConfig(
+      openConfigPort( "a",
+                      subinterface( 1, R"("match":{"single-tagged":{"config":{"vlan-id":5}}},)" +
+                                          swapMapping( "ingress", 7 ) ) ) +
+      "," +
+      openConfigPort(
+         "b", subinterface( 1, R"("match":{"single-tagged-list":{"config":{"vlan-ids":[5,6]}}},)" +
+                                  swapMapping( "ingress", 7 ) ) +
+                 "," +
+                 subinterface( 2, R"("match":{"single-tagged-range":{"config":{"low-vlan-id":8,)"
+                                  R"("high-vlan-id":11}}},)" +
+                                     swapMapping( "ingress", 8 ) ) +
+                 "," +
+                 subinterface( 3, R"("match":{"single-tagged":{"config":{"vlan-id":40}}})" ) ) );
+   EXPECT_EQ( findingsOf( readConfigurationText( "f.json", text, 6 ) ),
+              "f.json:1: /: asks for 7 mappings; allowed: at most 6; --max-mappings sets another "
+              "limit\n" );
+   EXPECT_EQ( findingsOf( readConfigurationText( "f.json", text, 7 ) ), "" ) << text;
+}
+
+TEST( ConfigurationLimit, CountsTheEntriesOfTablesThatAct ) {
+   const std::string entries =
+      R"("vid-translations":[{"local-vid":1,"relay-vid":2},{"local-vid":2,"relay-vid":3}])";
+   const std::string on = ieeePort( R"("enable-vid-translation-table":true,)" + entries );
+   EXPECT_EQ( findingsOf( readConfigurationText( "f.json", on, 1 ) ),
+              "f.json:1: /: asks for 2 mappings; allowed: at most 1; --max-mappings sets another "
+              "limit\n" );
+   EXPECT_EQ( findingsOf( readConfigurationText( "f.json", on, 2 ) ), "" );
+   EXPECT_EQ( findingsOf( readConfigurationText( "f.json", ieeePort( entries ), 1 ) ), "" );
+}
+
 TEST( ConfigurationText, OtherTopLevelMembersAreUnused ) {
    EXPECT_EQ( unusedOf( read( R"({"openconfig-interfaces:interfaces":{},)"
                               R"("acme:system":{"name":"x"}})" ) ),
