@@ -34,10 +34,12 @@ struct CloseFile {
 };
 
 ReadResult
-unusable( const std::string& file, std::size_t line, std::string problem, std::string allowed ) {
+unusable( const std::string& file, std::size_t line, std::string problem, std::string allowed,
+          std::size_t column = 0 ) {
    ReadResult result;
    result.unusable = true;
-   result.findings.push_back( { file, line, "", "", std::move( problem ), std::move( allowed ) } );
+   result.findings.push_back(
+      { file, line, column, "", "", std::move( problem ), std::move( allowed ) } );
    return result;
 }
 
@@ -104,7 +106,7 @@ readConfigurationText( const std::string& file, std::string_view text, std::uint
    } );
    if ( !json.value ) {
       return unusable( file, json.errorLine, "not valid JSON: " + json.error,
-                       "JSON in UTF-8 as RFC 8259 defines it" );
+                       "JSON in UTF-8 as RFC 8259 defines it", json.errorColumn );
    }
    const JsonValue& root = *json.value;
    const std::string formats = "a top-level member openconfig-interfaces:interfaces, or "

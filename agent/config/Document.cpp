@@ -18,15 +18,15 @@ Document::finding( const Place& where, std::string problem, std::string_view all
 void
 Document::finding( const Place& where, std::string value, std::string problem,
                    std::string_view allowed ) {
-   findings_.push_back( { file_, where.value().line, where.path(), std::move( value ),
+   findings_.push_back( { file_, where.value().line, 0, where.path(), std::move( value ),
                           std::move( problem ), std::string( allowed ) } );
 }
 
 void
 Document::missing( const Place& parent, std::string_view leaf, std::string_view allowed ) {
    std::string path = parent.path() + '/' + std::string( leaf );
-   findings_.push_back(
-      { file_, parent.value().line, std::move( path ), "", "is missing", std::string( allowed ) } );
+   findings_.push_back( { file_, parent.value().line, 0, std::move( path ), "", "is missing",
+                          std::string( allowed ) } );
 }
 
 void

@@ -12,6 +12,9 @@ Finding::text() const {
    if ( line != 0 ) {
       out += ':' + std::to_string( line );
    }
+   if ( column != 0 ) {
+      out += ':' + std::to_string( column );
+   }
    out += ": ";
    if ( !path.empty() ) {
       out += path + ": ";

@@ -14,6 +14,8 @@ struct Finding {
    std::string file;
    // From 1; 0 where the problem has no place in the text.
    std::size_t line = 0;
+   // In characters, from 1; 0 where the line says enough.
+   std::size_t column = 0;
    // Instance path, list entries by key: /m:list[name='x']/leaf; by position, from 1, where
    // an entry has no key: /m:list[3]. Empty where the problem concerns the whole text.
    std::string path;
@@ -24,7 +26,8 @@ struct Finding {
    // What would be accepted; empty where that goes without saying.
    std::string allowed;
 
-   // All in one line: FILE:LINE: PATH: value 4095 is not allowed; allowed: 1..4094
+   // All in one line, with ":COLUMN" behind the line where there is one:
+   // FILE:LINE: PATH: value 4095 is not allowed; allowed: 1..4094
    std::string text() const;
 };
 

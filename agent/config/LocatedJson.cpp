@@ -29,8 +29,75 @@ continuesCharacter( char c ) {
    return ( static_cast< unsigned char >( c ) & 0xc0 ) == 0x80;
 }
 
-// Walks the text and leaves its position where the handler below can see it, through every
-// copy that the lexer makes.
+// What the lexer has taken of the text. A number that is larger than a double ends the lexer's
+// work; when `shortened`, digits that would make one are kept from it. What stands in the text is
+// known here.
+class Feed {
+ public:
+   Feed( std::string_view text, bool shortened )
+       : begin_( text.data() ),
+         at_( text.data() ),
+         end_( text.data() + text.size() ),
+         shortened_( shortened ) {}
+
+   const char* at() const { return at_; }
+
+   static bool isOfNumber( char c ) {
+      return isDigit( c ) || c == '+' || c == '-' || c == '.' || c == 'e' || c == 'E';
+   }
+
+   // Goes on from `at` and gives the next character.
+   const char* next( const char* at ) {
+      at_ = at + 1;
+      if ( shortened_ ) {
+         shorten( *at );
+      }
+      return at_;
+   }
+
+   // The number that the lexer has just taken, as it stands in the text. Unless that is the end of
+   // the text, the lexer has taken one character more.
+   std::string number() const {
+      const char* end = at_ != begin_ && isOfNumber( at_[ -1 ] ) ? at_ : at_ - 1;
+      const char* begin = end;
+      while ( begin != begin_ && isOfNumber( begin[ -1 ] ) ) {
+         --begin;
+      }
+      return std::string( begin, end );
+   }
+
+ private:
+   static constexpr std::size_t kMostDigits = 200;
+
+   static bool isDigit( char c ) { return c >= '0' && c <= '9'; }
+
+   // Passes over digits behind `c`.
+   void shorten( char c ) {
+      if ( inString_ ) {
+         inString_ = escaped_ || c != '"';
+         escaped_ = !escaped_ && c == '\\';
+         return;
+      }
+      inString_ = c == '"';
+      exponent_ = c == 'e' || c == 'E' || ( exponent_ && ( isDigit( c ) || c == '+' || c == '-' ) );
+      digits_ = isDigit( c ) ? digits_ + 1 : 0;
+      while ( digits_ >= ( exponent_ ? 1 : kMostDigits ) && at_ != end_ && isDigit( *at_ ) ) {
+         ++at_;
+      }
+   }
+
+   const char* begin_;
+   const char* at_;
+   const char* end_;
+   bool shortened_;
+   bool inString_ = false;
+   bool escaped_ = false;
+   bool exponent_ = false;
+   // Digits of the current run.
+   std::size_t digits_ = 0;
+};
+
+// Feeds the lexer, through every copy that it makes.
 class TextIterator {
  public:
    using iterator_category = std::input_iterator_tag;
@@ -39,11 +106,11 @@ class TextIterator {
    using pointer = const char*;
    using reference = const char&;
 
-   TextIterator( const char* at, const char** consumed ) : at_( at ), consumed_( consumed ) {}
+   TextIterator( const char* at, Feed& feed ) : at_( at ), feed_( &feed ) {}
 
    reference operator*() const { return *at_; }
    TextIterator& operator++() {
-      *consumed_ = ++at_;
+      at_ = feed_->next( at_ );
       return *this;
    }
    TextIterator operator++( int ) {
@@ -56,7 +123,7 @@ class TextIterator {
 
  private:
    const char* at_;
-   const char** consumed_;
+   Feed* feed_;
 };
 
 // Plain ASCII of bounded length, for messages that quote bytes of a text that is broken.
@@ -88,21 +155,37 @@ withoutPreamble( std::string_view what ) {
    return from == std::string_view::npos ? what : what.substr( from + 2 );
 }
 
+ParsedJson
+refused( std::string_view text, std::size_t offset, std::string error ) {
+   ParsedJson parsed;
+   parsed.error = std::move( error );
+   const std::string_view before = text.substr( 0, offset );
+   parsed.errorLine =
+      1 + static_cast< std::size_t >( std::count( before.begin(), before.end(), '\n' ) );
+   const std::size_t newline = before.rfind( '\n' );
+   const std::string_view line =
+      before.substr( newline == std::string_view::npos ? 0 : newline + 1 );
+   parsed.errorColumn =
+      1 + static_cast< std::size_t >( std::count_if(
+             line.begin(), line.end(), []( char c ) { return !continuesCharacter( c ); } ) );
+   return parsed;
+}
+
 class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
  public:
-   TreeBuilder( std::string_view text, const char* const* consumed, const JsonProgress& progress )
-       : begin_( text.data() ),
+   TreeBuilder( std::string_view text, const Feed& feed, const JsonProgress& progress )
+       : text_( text ),
          counted_( text.data() ),
          told_( text.data() ),
-         consumed_( consumed ),
+         feed_( feed ),
          progress_( progress ) {}
 
    bool null() override { return scalar( std::monostate() ); }
    bool boolean( bool val ) override { return scalar( val ); }
    bool number_integer( number_integer_t val ) override { return scalar( val ); }
    bool number_unsigned( number_unsigned_t val ) override { return scalar( val ); }
-   bool number_float( number_float_t, const string_t& s ) override {
-      return scalar( JsonDecimal{ s } );
+   bool number_float( number_float_t, const string_t& ) override {
+      return scalar( JsonDecimal{ feed_.number() } );
    }
    bool string( string_t& val ) override { return scalar( std::string( val ) ); }
    bool binary( binary_t& ) override { return false; }
@@ -116,33 +199,47 @@ class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
    }
    bool parse_error( std::size_t, const std::string&,
                      const nlohmann::json::exception& ex ) override {
-      return refuse( asciiMessage( withoutPreamble( ex.what() ) ) );
+      constexpr int kNumberOverflow = 406;
+      overflow_ = ex.id == kNumberOverflow;
+      const std::string message = asciiMessage( withoutPreamble( ex.what() ) );
+      // The number itself, not what the lexer had to look at to find its end.
+      const bool number = message.find( "unexpected number literal" ) != std::string::npos;
+      return refuse( message, number && !Feed::isOfNumber( text_[ last() ] ) ? 1 : 0 );
    }
+
+   // Whether a number was larger than a double.
+   bool overflow() const { return overflow_; }
 
    ParsedJson result() && {
       ParsedJson parsed;
       if ( error_.empty() ) {
          parsed.value = std::move( root_ );
       } else {
-         parsed.error = std::move( error_ );
-         parsed.errorLine = errorLine_;
+         parsed = refused( text_, errorAt_, std::move( error_ ) );
       }
       return parsed;
    }
 
  private:
-   // Line of the last character the lexer took. It reads one character past a number; a
-   // newline there still belongs to the line that it ends.
+   // Offset of the last character that the lexer took.
+   std::size_t last() const {
+      const auto taken = static_cast< std::size_t >( feed_.at() - text_.data() );
+      return taken == 0 ? 0 : taken - 1;
+   }
+
+   // Line of that character. The lexer reads one character past a number; a newline there still
+   // belongs to the line that it ends.
    std::size_t line() {
-      const char* last = *consumed_ == begin_ ? begin_ : *consumed_ - 1;
-      line_ += static_cast< std::size_t >( std::count( counted_, last, '\n' ) );
-      counted_ = last;
+      const char* const at = text_.data() + last();
+      line_ += static_cast< std::size_t >( std::count( counted_, at, '\n' ) );
+      counted_ = at;
       return line_;
    }
 
-   bool refuse( std::string message ) {
+   // The error is `back` characters before the last one.
+   bool refuse( std::string message, std::size_t back = 0 ) {
       error_ = std::move( message );
-      errorLine_ = line();
+      errorAt_ = last() - back;
       return false;
    }
 
@@ -158,9 +255,9 @@ class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
       }
       at->data = std::forward< T >( data );
       at->line = line();
-      if ( progress_ && *consumed_ - told_ >= kBytesPerLook ) {
-         told_ = *consumed_;
-         progress_( static_cast< std::size_t >( told_ - begin_ ) );
+      if ( progress_ && feed_.at() - told_ >= kBytesPerLook ) {
+         told_ = feed_.at();
+         progress_( static_cast< std::size_t >( told_ - text_.data() ) );
       }
       return *at;
    }
@@ -185,10 +282,10 @@ class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
       return true;
    }
 
-   const char* begin_;
+   std::string_view text_;
    const char* counted_;
    const char* told_;
-   const char* const* consumed_;
+   const Feed& feed_;
    const JsonProgress& progress_;
    std::size_t line_ = 1;
    JsonValue root_;
@@ -196,17 +293,9 @@ class TreeBuilder : public nlohmann::json_sax< nlohmann::json > {
    // which takes no other child meanwhile, so the addresses hold.
    std::vector< JsonValue* > open_;
    std::string error_;
-   std::size_t errorLine_ = 0;
+   std::size_t errorAt_ = 0;
+   bool overflow_ = false;
 };
-
-ParsedJson
-refused( std::string_view text, std::size_t offset, std::string error ) {
-   ParsedJson parsed;
-   parsed.error = std::move( error );
-   parsed.errorLine =
-      1 + static_cast< std::size_t >( std::count( text.data(), text.data() + offset, '\n' ) );
-   return parsed;
-}
 
 bool
 isIntegral( const JsonDecimal& decimal ) {
@@ -272,11 +361,16 @@ parseJson( std::string_view text, const JsonProgress& progress ) {
    if ( const std::size_t nul = text.find( '\0' ); nul != std::string_view::npos ) {
       return refused( text, nul, "the text contains a NUL byte" );
    }
-   const char* consumed = text.data();
-   TreeBuilder builder( text, &consumed, progress );
-   nlohmann::json::sax_parse( TextIterator( text.data(), &consumed ),
-                              TextIterator( text.data() + text.size(), &consumed ), &builder );
-   return std::move( builder ).result();
+   for ( const bool shortened : { false, true } ) {
+      Feed feed( text, shortened );
+      TreeBuilder builder( text, feed, progress );
+      nlohmann::json::sax_parse( TextIterator( text.data(), feed ),
+                                 TextIterator( text.data() + text.size(), feed ), &builder );
+      if ( !builder.overflow() ) {
+         return std::move( builder ).result();
+      }
+   }
+   return refused( text, 0, "a number is too large" );
 }
 
 std::string_view

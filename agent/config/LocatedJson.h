@@ -73,15 +73,17 @@ struct ParsedJson {
    std::optional< JsonValue > value;
    // One line of plain ASCII.
    std::string error;
+   // Where reading stopped, from 1; columns count characters.
    std::size_t errorLine = 0;
+   std::size_t errorColumn = 0;
 };
 
 // Told now and then how much of the text is behind; may do nothing.
 using JsonProgress = std::function< void( std::size_t bytes ) >;
 
 // Reads `text` as one JSON value with nothing but white space round it. Refused besides
-// syntax errors: a byte order mark, NUL bytes, ill-formed UTF-8, numbers that exceed a
-// double, nesting deeper than kMaxJsonDepth.
+// syntax errors: a byte order mark, NUL bytes, ill-formed UTF-8, nesting deeper than
+// kMaxJsonDepth. Numbers may have any size.
 ParsedJson parseJson( std::string_view text, const JsonProgress& progress = {} );
 
 // The name without `module` and its colon, where it starts so.

@@ -170,7 +170,7 @@ class OpenConfigReader {
       const JsonObject* members = place.value().object();
       for ( std::size_t i = 0; members && i < members->size(); ++i ) {
          const Place kind( place, ( *members )[ i ] );
-         const std::string_view name = withoutModule( ( *members )[ i ].name, place.module() );
+         const std::string_view name = kind.name();
          if ( name == kTagged ) {
             readTagged( kind, hasMapping, claim );
          } else if ( name == kTaggedList ) {

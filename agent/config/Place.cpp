@@ -22,7 +22,7 @@ memberOf( const JsonValue& value, std::string_view module, std::string_view name
       return nullptr;
    }
    const auto at = std::find_if( object->begin(), object->end(), [ & ]( const JsonMember& member ) {
-      return withoutModule( member.name, module ) == name;
+      return member.name == name || withoutModule( member.name, module ) == name;
    } );
    return at == object->end() ? nullptr : &*at;
 }

@@ -31,6 +31,8 @@ class Place {
    const JsonValue& value() const { return *value_; }
    // Null for the whole document.
    const Place* parent() const { return parent_; }
+   // Of a member, with its module where that differs from the one above; empty for others.
+   std::string_view name() const { return name_; }
    // The module that defines this node, which members without prefix belong to.
    std::string_view module() const { return module_; }
 

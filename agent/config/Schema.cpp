@@ -127,7 +127,7 @@ class Walk {
       const std::vector< bool > again = repeated( place, *members );
       for ( std::size_t i = 0; i < members->size(); ++i ) {
          if ( again.empty() || !again[ i ] ) {
-            member( Place( place, ( *members )[ i ] ), ( *members )[ i ].name, nodes, present );
+            member( Place( place, ( *members )[ i ] ), nodes, present );
          }
       }
       const SchemaNode* chosen = nullptr;
@@ -158,10 +158,9 @@ class Walk {
       return marks;
    }
 
-   void member( const Place& place, std::string_view fullName,
-                const std::vector< SchemaNode >& nodes, std::uint64_t& present ) {
-      const std::string_view module = place.parent()->module();
-      const std::string_view name = withoutModule( fullName, module );
+   void member( const Place& place, const std::vector< SchemaNode >& nodes,
+                std::uint64_t& present ) {
+      const std::string_view name = place.name();
       for ( std::size_t i = 0; i < nodes.size(); ++i ) {
          if ( nodes[ i ].name == name ) {
             present |= std::uint64_t( 1 ) << i;
@@ -177,7 +176,7 @@ class Walk {
             otherModule( place );
             return;
          }
-      } else if ( module.empty() ) {
+      } else if ( place.parent()->module().empty() ) {
          document_.finding( place, "", "the top-level member lacks its module name",
                             "names of the form MODULE:NAME" );
          return;
@@ -281,14 +280,15 @@ class Walk {
          document_.wrongType( place, "an array, one object for each entry" );
          return;
       }
-      std::unordered_map< std::string, std::size_t > keys;
+      std::unordered_map< std::string, std::size_t > keys( array->size() );
       std::unordered_map< std::string, std::size_t > values;
       for ( std::size_t i = 0; i < array->size(); ++i ) {
          const Place entry( place, i, ( *array )[ i ], node.keys.front() );
          object( entry, node.children );
          key( entry, node, keys );
-         if ( const auto leaf = entry.member( node.unique ); leaf && leaf->value().string() ) {
-            once( values, *leaf, *leaf->value().string(), "each value once" );
+         const auto unique = node.unique.empty() ? std::nullopt : entry.member( node.unique );
+         if ( unique && unique->value().string() ) {
+            once( values, *unique, *unique->value().string(), "each value once" );
          }
          rule( entry, node );
       }

@@ -242,15 +242,15 @@ TEST( AgentCheck, aFileThatCannotBeLookedIntoExitsWithTwo ) {
    const std::string empty = scratch.file( "empty.json", "" );
    EXPECT_EQ( runAgent( { "check", empty } ).text(),
               exited( 2, "",
-                      empty + ":1: not valid JSON: the text is empty; allowed: JSON in UTF-8 as "
+                      empty + ":1:1: not valid JSON: the text is empty; allowed: JSON in UTF-8 as "
                               "RFC 8259 defines it\n" ) );
 }
 
-TEST( AgentCheck, brokenJsonNamesTheLine ) {
+TEST( AgentCheck, brokenJsonNamesLineAndColumn ) {
    const Outcome outcome = runAgent( { "check", "-" }, "{\n\"a\": 1,\n\"b\" 2}\n" );
    EXPECT_EQ( outcome.exitCode, 2 );
    EXPECT_EQ( outcome.out, "" );
-   EXPECT_TRUE( outcome.err.starts_with( "<stdin>:3: not valid JSON: " ) ) << outcome.err;
+   EXPECT_TRUE( outcome.err.starts_with( "<stdin>:3:5: not valid JSON: " ) ) << outcome.err;
    EXPECT_EQ( linesOf( outcome.err ).size(), 1u ) << outcome.err;
 }
 
@@ -320,7 +320,7 @@ TEST( AgentBadFile, anUnusableFileIsOneLineForEveryCommand ) {
          const Outcome outcome = applied( command, "-", text );
          EXPECT_EQ( outcome.exitCode, 2 ) << text;
          EXPECT_EQ( outcome.out, "" ) << text;
-         EXPECT_TRUE( outcome.err.starts_with( "<stdin>:1: " ) ) << outcome.err;
+         EXPECT_TRUE( outcome.err.starts_with( "<stdin>:1:" ) ) << outcome.err;
          EXPECT_EQ( linesOf( outcome.err ).size(), 1u ) << outcome.err;
       }
    }

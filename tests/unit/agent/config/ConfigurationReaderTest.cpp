@@ -74,7 +74,7 @@ TEST_F( ConfigurationFile, ThatIsADirectoryIsUnusable ) {
 TEST_F( ConfigurationFile, ThatIsEmptyIsUnusable ) {
    EXPECT_EQ( outcome( readConfiguration( path_ ) ),
               "unusable " + path_ +
-                 ":1: not valid JSON: the text is empty; allowed: JSON in UTF-8 as RFC 8259 "
+                 ":1:1: not valid JSON: the text is empty; allowed: JSON in UTF-8 as RFC 8259 "
                  "defines it\n" );
 }
 
@@ -119,7 +119,7 @@ TEST_F( StandardInput, HasANameInFindings ) {
    write( "{" );
    RedirectedInput input( path_ );
    EXPECT_EQ( outcome( readConfiguration( "-" ) ),
-              "unusable <stdin>:1: not valid JSON: syntax error while parsing object key - "
+              "unusable <stdin>:1:1: not valid JSON: syntax error while parsing object key - "
               "unexpected end of input; expected string literal; allowed: JSON in UTF-8 as RFC "
               "8259 defines it\n" );
 }
@@ -159,7 +159,7 @@ TEST( ConfigurationText, ThatIsNoObjectIsUnusable ) {
 
 TEST( ConfigurationText, ThatIsNoJsonIsUnusableWithItsLine ) {
    EXPECT_EQ( outcome( read( "{\n\"openconfig-interfaces:interfaces\": {]\n}" ) ),
-              "unusable f.json:2: not valid JSON: syntax error while parsing object key - "
+              "unusable f.json:2:38: not valid JSON: syntax error while parsing object key - "
               "unexpected ']'; expected string literal; allowed: JSON in UTF-8 as RFC 8259 "
               "defines it\n" );
 }
@@ -224,6 +224,17 @@ TEST( ConfigurationLimit, CountsTheEntriesOfTablesThatAct ) {
    EXPECT_EQ( findingsOf( readConfigurationText( "f.json", ieeePort( entries ), 1 ) ), "" );
 }
 
+TEST( ConfigurationText, ANumberOfAnySizeIsAFindingWithAPlace ) {
+   EXPECT_EQ( outcome( read( ieeePort( "\"pvid\":1e400,\n\"default-priority\":-2e999" ) ) ),
+              "f.json:3: " + std::string( kIeeePort ) +
+                 "/pvid: value 1e400 has the wrong type, a number with fraction or exponent; "
+                 "allowed: 1..4094, 4096..4294967295, a JSON number without fraction and "
+                 "exponent\nf.json:4: " +
+                 std::string( kIeeePort ) +
+                 "/default-priority: value -2e999 has the wrong type, a number with fraction or "
+                 "exponent; allowed: 0..7, a JSON number without fraction and exponent\n" );
+}
+
 TEST( ConfigurationText, OtherTopLevelMembersAreUnused ) {
    EXPECT_EQ( unusedOf( read( R"({"openconfig-interfaces:interfaces":{},)"
                               R"("acme:system":{"name":"x"}})" ) ),
@@ -254,7 +265,7 @@ TEST( ReadConfiguration, TellsHowFarItIs ) {
    };
    const std::string path = testing::TempDir() + "progress-" + std::to_string( getpid() );
    std::ofstream( path ) << text;
-   EXPECT_TRUE( readConfiguration( path, progress ).unusable );
+   EXPECT_TRUE( readConfiguration( path, kDefaultMaxMappings, progress ).unusable );
    std::remove( path.c_str() );
    ASSERT_GT( fetched.size(), 8u );
    ASSERT_GT( taken.size(), 16u );

@@ -117,7 +117,7 @@ TEST( HostileInput, DeepNestingInsideAKnownMemberIsRefused ) {
    const ReadResult result =
       read( "{\"ietf-interfaces:interfaces\":" + std::string( 500000, '[' ) );
    EXPECT_EQ( findingsOf( result ),
-              "f.json:1: not valid JSON: nesting is deeper than 128 levels; allowed: JSON in "
+              "f.json:1:158: not valid JSON: nesting is deeper than 128 levels; allowed: JSON in "
               "UTF-8 as RFC 8259 defines it\n" );
 }
 

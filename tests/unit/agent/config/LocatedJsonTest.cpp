@@ -39,7 +39,8 @@ parsed( std::string_view text ) {
    const ParsedJson json = parseJson( text );
    EXPECT_NE( json.value.has_value(), !json.error.empty() );
    return json.value ? rendered( *json.value )
-                     : std::to_string( json.errorLine ) + ": " + json.error;
+                     : std::to_string( json.errorLine ) + ':' + std::to_string( json.errorColumn ) +
+                          ": " + json.error;
 }
 
 std::string
@@ -110,6 +111,23 @@ TEST( LocatedJson, NamesTheKindOfAValue ) {
               "exponent; an integer number; a string; an array; an object; " );
 }
 
+TEST( LocatedJson, NumbersMayHaveAnySize ) {
+   EXPECT_EQ( parsed( "[1e999, -1e+400,\n1E-400,1e0005 ,1.5e1000\n,2]" ),
+              "[1e999@1 -1e+400@1 1E-400@2 1e0005@2 1.5e1000@2 2@3]@1" );
+   EXPECT_EQ( parsed( "1e999" ), "1e999@1" );
+   EXPECT_EQ( parsed( "{\"1e999\": \"\\\"2e999\", \"b\": 3}" ),
+              R"({1e999@1:""2e999"@1 b@1:3@1}@1)" );
+   const std::string digits( 1000, '7' );
+   for ( const std::string& number :
+         { digits, '-' + digits, digits + '.' + digits + "e-" + digits, "0." + digits } ) {
+      const ParsedJson json = parseJson( '[' + number + ",8]" );
+      ASSERT_TRUE( json.value ) << json.error;
+      const JsonArray& items = *json.value->array();
+      EXPECT_EQ( std::get< JsonDecimal >( items[ 0 ].data ).text, number );
+      EXPECT_EQ( items[ 1 ].shown(), "8" );
+   }
+}
+
 TEST( LocatedJson, DecodesEscapes ) {
    const ParsedJson json = parseJson( R"("\u0041\n\"\\\u00e4\ud83d\ude00")" );
    ASSERT_TRUE( json.value );
@@ -133,72 +151,76 @@ operator<<( std::ostream& out, const Broken& broken ) {
 
 class BrokenJson : public testing::TestWithParam< Broken > {};
 
-TEST_P( BrokenJson, IsOneErrorWithItsLine ) {
+TEST_P( BrokenJson, IsOneErrorWithItsPlace ) {
    EXPECT_EQ( parsed( GetParam().text ), GetParam().error );
 }
 
 INSTANTIATE_TEST_SUITE_P(
    LocatedJson, BrokenJson,
    testing::Values(
-      Broken{ "EmptyText", "", "1: the text is empty" },
+      Broken{ "EmptyText", "", "1:1: the text is empty" },
       Broken{ "WhiteSpaceAlone", " \n\n",
-              "2: syntax error while parsing value - unexpected end of input; expected '[', "
+              "2:1: syntax error while parsing value - unexpected end of input; expected '[', "
               "'{', or a literal" },
-      Broken{ "ByteOrderMark", "\xef\xbb\xbf{}", "1: the text starts with a byte order mark" },
-      Broken{ "NulByte", std::string( "{}\n\0 junk", 9 ), "2: the text contains a NUL byte" },
+      Broken{ "ByteOrderMark", "\xef\xbb\xbf{}", "1:1: the text starts with a byte order mark" },
+      Broken{ "NulByte", std::string( "{}\n\0 junk", 9 ), "2:1: the text contains a NUL byte" },
       Broken{ "TextBehindTheValue", "{}\n\nx",
-              "3: syntax error while parsing value - invalid literal; last read: "
+              "3:1: syntax error while parsing value - invalid literal; last read: "
               "'{}<U+000A><U+000A>x'; expected end of input" },
       Broken{ "SecondValue", "{}\n{}",
-              "2: syntax error while parsing value - unexpected '{'; expected end of input" },
+              "2:1: syntax error while parsing value - unexpected '{'; expected end of input" },
       Broken{ "MissingBrace", "{\n\"a\": 1\n",
-              "2: syntax error while parsing object - unexpected end of input; expected '}'" },
+              "2:7: syntax error while parsing object - unexpected end of input; expected '}'" },
       Broken{ "MissingComma", "[\n1\n2\n]",
-              "3: syntax error while parsing array - unexpected number literal; expected ']'" },
+              "3:1: syntax error while parsing array - unexpected number literal; expected ']'" },
       Broken{ "TrailingComma", "[1,\n]",
-              "2: syntax error while parsing value - unexpected ']'; expected '[', '{', or a "
+              "2:1: syntax error while parsing value - unexpected ']'; expected '[', '{', or a "
               "literal" },
       Broken{ "SingleQuotes", "{'a': 1}",
-              "1: syntax error while parsing object key - invalid literal; last read: '{''; "
+              "1:2: syntax error while parsing object key - invalid literal; last read: '{''; "
               "expected string literal" },
       Broken{ "Comment", "{ // no\n}",
-              "1: syntax error while parsing object key - invalid literal; last read: '{ /'; "
+              "1:3: syntax error while parsing object key - invalid literal; last read: '{ /'; "
               "expected string literal" },
       Broken{ "NotANumber", "[NaN]",
-              "1: syntax error while parsing value - invalid literal; last read: '[N'" },
+              "1:2: syntax error while parsing value - invalid literal; last read: '[N'" },
       Broken{ "Infinity", "[\n-Infinity]",
-              "2: syntax error while parsing value - invalid number; expected digit after '-'; "
+              "2:2: syntax error while parsing value - invalid number; expected digit after '-'; "
               "last read: '-I'" },
+      Broken{ "ColumnsCountCharacters", "{\"\xc3\xa4\xf0\x9f\x98\x80\": 1,, 2}",
+              "1:10: syntax error while parsing object key - unexpected ','; expected string "
+              "literal" },
+      Broken{ "NumberAtTheEnd", "[1 23",
+              "1:5: syntax error while parsing array - unexpected number literal; expected ']'" },
       Broken{ "LeadingZero", "[01]",
-              "1: syntax error while parsing array - unexpected number literal; expected ']'" },
-      Broken{ "HugeNumber", "[\n1e999]", "2: number overflow parsing '1e999'" },
+              "1:3: syntax error while parsing array - unexpected number literal; expected ']'" },
       Broken{ "RawNewlineInAString", "[\n\"ab\ncd\"]",
-              "2: syntax error while parsing value - invalid string: control character U+000A "
+              "2:4: syntax error while parsing value - invalid string: control character U+000A "
               "(LF) must be escaped to \\u000A or \\n; last read: '\"ab<U+000A>'" },
       Broken{ "IllFormedUtf8", "[\"\xff\"]",
-              "1: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
+              "1:3: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
               "read: '\"\\xff'" },
       Broken{ "OverlongUtf8", "[\"\xc0\xaf\"]",
-              "1: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
+              "1:3: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last "
               "read: '\"\\xc0'" },
       Broken{ "LoneSurrogate", R"(["\ud800"])",
-              "1: syntax error while parsing value - invalid string: surrogate U+D800..U+DBFF "
+              "1:9: syntax error while parsing value - invalid string: surrogate U+D800..U+DBFF "
               "must be followed by U+DC00..U+DFFF; last read: '\"\\ud800\"'" } ),
    []( const auto& broken ) { return std::string( broken.param.name ); } );
 
 TEST( LocatedJson, NestingEndsAtItsLimit ) {
    EXPECT_TRUE( parseJson( nested( kMaxJsonDepth ) ).value );
    EXPECT_EQ( parsed( "\n" + nested( kMaxJsonDepth + 1 ) ),
-              "2: nesting is deeper than 128 levels" );
+              "2:129: nesting is deeper than 128 levels" );
 }
 
 TEST( LocatedJson, AMillionOpenBracketsAreRefusedAtTheLimit ) {
-   EXPECT_EQ( parsed( std::string( 1000000, '[' ) ), "1: nesting is deeper than 128 levels" );
+   EXPECT_EQ( parsed( std::string( 1000000, '[' ) ), "1:129: nesting is deeper than 128 levels" );
    std::string objects;
    for ( int i = 0; i < 200000; ++i ) {
       objects += "{\"a\":";
    }
-   EXPECT_EQ( parsed( objects ), "1: nesting is deeper than 128 levels" );
+   EXPECT_EQ( parsed( objects ), "1:641: nesting is deeper than 128 levels" );
 }
 
 TEST( LocatedJson, AnErrorLineStaysShortWhateverItQuotes ) {
