@@ -2,18 +2,21 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A configuration file, from the start of the agent to its end, and the library's share of it:
-// milliseconds.
+// milliseconds; and the memory that another mapping takes: bytes.
 //
 // The share is measured here, from ranges in memory: records written, hooks, index, schedule,
 // drain.
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -34,14 +37,19 @@ using namespace Bench;
 
 constexpr double kMillisecond = 1e6;   // nanoseconds
 const std::string kSamples = BENCH_SAMPLES;
+constexpr unsigned kVids = 4094;
 
-/// One run of the agent that reads the file, applies it, drains and reports to nobody.
-void
-runAgent( const std::string& file ) {
+/// One run of the agent that tells nobody; yields the most memory that it had, in bytes.
+double
+runAgent( const std::vector< std::string >& command, const std::string& file ) {
    posix_spawn_file_actions_t actions;
    posix_spawn_file_actions_init( &actions );
-   posix_spawn_file_actions_addopen( &actions, 1, "/dev/null", O_WRONLY, 0 );
-   std::vector< std::string > words{ BENCH_AGENT, "show", "summary", file };
+   for ( const int output : { 1, 2 } ) {
+      posix_spawn_file_actions_addopen( &actions, output, "/dev/null", O_WRONLY, 0 );
+   }
+   std::vector< std::string > words{ BENCH_AGENT };
+   words.insert( words.end(), command.begin(), command.end() );
+   words.push_back( file );
    std::vector< char* > arguments;
    for ( std::string& word : words ) {
       arguments.push_back( word.data() );
@@ -55,24 +63,83 @@ runAgent( const std::string& file ) {
       throw std::system_error( fault, std::generic_category(), BENCH_AGENT );
    }
    int status = 0;
-   if ( waitpid( child, &status, 0 ) != child || status != 0 ) {
+   rusage usage{};
+   if ( wait4( child, &status, 0, &usage ) != child || status != 0 ) {
       throw std::runtime_error( "the agent failed on " + file );
    }
+   return 1024.0 * static_cast< double >( usage.ru_maxrss );
 }
 
 void
 addAgentRow( const std::string& file, const std::vector< Goal >& goals ) {
    measure( { "Load: ms from file to drained", "agent, " + file, goals }, kLibrary,
             [ file ]( benchmark::State& state ) {
-               return nanosecondsPerOperation( state,
-                                               [ & ] {
-                                                  return [ & ] {
-                                                     runAgent( kSamples + "/" + file );
-                                                     return 1u;
-                                                  };
-                                               } ) /
+               return nanosecondsPerOperation(
+                         state,
+                         [ & ] {
+                            return [ & ] {
+                               runAgent( { "show", "summary" }, kSamples + "/" + file );
+                               return 1u;
+                            };
+                         } ) /
                       kMillisecond;
             } );
+}
+
+/// Every VID of each port to one relay VID, as one range.
+std::string
+rangesText( unsigned ports ) {
+   std::ostringstream text;
+   text << R"({"openconfig-interfaces:interfaces":{"interface":[)";
+   for ( unsigned port = 0; port < ports; ++port ) {
+      text << ( port == 0 ? "" : "," ) << R"({"name":"p)" << port << R"(","config":{"name":"p)"
+           << port << R"(","type":"iana-if-type:ethernetCsmacd"},"subinterfaces":{"subinterface":[)"
+           << R"({"index":1,"config":{"index":1},"openconfig-vlan:vlan":{"match":)"
+           << R"({"single-tagged-range":{"config":{"low-vlan-id":1,"high-vlan-id":4094}}},)"
+           << R"("ingress-mapping":{"config":{"vlan-stack-action":"SWAP","vlan-id":7}}}}]}})";
+   }
+   text << "]}}";
+   return text.str();
+}
+
+/// Every VID of each port to one of its own, both ways.
+std::string
+tablesText( unsigned ports ) {
+   std::ostringstream text;
+   text << R"({"ieee802-dot1q-bridge:bridges":{"bridge":[{"name":"b","address":)"
+        << R"("00-00-5E-00-53-01","bridge-type":"provider-bridge","component":[{"name":"c",)"
+        << R"("type":"s-vlan-component"}]}]},"ietf-interfaces:interfaces":{"interface":[)";
+   for ( unsigned port = 0; port < ports; ++port ) {
+      text << ( port == 0 ? "" : "," ) << R"({"name":"p)" << port
+           << R"(","type":"iana-if-type:ethernetCsmacd","ieee802-dot1q-bridge:bridge-port":)"
+           << R"({"bridge-name":"b","component-name":"c","enable-vid-translation-table":true,)"
+           << R"("vid-translations":[)";
+      for ( unsigned vid = 1; vid <= kVids; ++vid ) {
+         text << ( vid == 1 ? "" : "," ) << R"({"local-vid":)" << vid << R"(,"relay-vid":)"
+              << vid * 2 % ( kVids + 1 ) << '}';
+      }
+      text << "]}}";
+   }
+   text << "]}}";
+   return text.str();
+}
+
+/// What one more mapping takes, from two numbers of ports. With the smaller one the agent has to need
+/// more memory than this process, which the system counts as the child's own until it is the agent.
+void
+addMemoryRow( const std::string& command, const std::string& what,
+              std::string ( *text )( unsigned ports ), unsigned few, unsigned many ) {
+   measureOnce( { "Load: bytes per mapping, at most", command + ", " + what, {} }, kLibrary, [ = ] {
+      const std::string file = std::filesystem::temp_directory_path() /
+                               ( "load-bench-" + std::to_string( getpid() ) + ".json" );
+      const auto bytes = [ & ]( unsigned ports ) {
+         std::ofstream( file ) << text( ports );
+         const double most = runAgent( { command }, file );
+         std::filesystem::remove( file );
+         return most;
+      };
+      return tinyRun() ? bytes( 1 ) : ( bytes( many ) - bytes( few ) ) / ( ( many - few ) * kVids );
+   } );
 }
 
 /// The ranges that a sample is known to become: port, rank, low, high, size, relay VID.
@@ -145,4 +212,8 @@ Bench::addRows() {
    addAgentRow( "switch-52port.json", { atMost( 150 ) } );
    addAgentRow( "small-ieee.json", {} );
    addLibraryRow( "expected-52port.tsv", 15 );
+   addMemoryRow( "check", "a range of all ids for each port", rangesText, 512, 1024 );
+   addMemoryRow( "check", "a table of own mappings for each port", tablesText, 32, 96 );
+   addMemoryRow( "run", "a range of all ids for each port", rangesText, 32, 96 );
+   addMemoryRow( "run", "a table of own mappings for each port", tablesText, 32, 96 );
 }
