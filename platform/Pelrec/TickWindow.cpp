@@ -7,12 +7,13 @@ namespace Pelrec {
 
 void
 TickWindow::readingIs( const TickReading& reading ) {
-   const std::uint64_t span = reading.ticks - rateTicks_;
    if ( reading.ticksAfter - reading.ticks > kLongestReading ) {
       ticks_ = 0;
       return;
    }
-   if ( rateTicks_ != 0 ) {
+   // A counter that is behind, another processor's, gives no rate: one is taken from there on.
+   if ( rateTicks_ != 0 && reading.ticks >= rateTicks_ ) {
+      const std::uint64_t span = reading.ticks - rateTicks_;
       if ( span < kShortestRateSpan ) {
          return;
       }

@@ -61,6 +61,15 @@ TEST_F( TickWindowTest, DoesNotCoverWhatLiesBeforeIt ) {
    EXPECT_EQ( shown( kFirst + kShort - 1 ), "-" );
 }
 
+TEST_F( TickWindowTest, AReadingBehindTheLastOneGivesNoRateButBeginsAnother ) {
+   read( kFirst, kWall );
+   read( kFirst + kShort, kWall );
+   read( kFirst + kShort - 8, kWall + 1000 );
+   EXPECT_EQ( shown( kFirst + kShort + 4 ), "3" ) << "the window from before";
+   read( kFirst + 2 * kShort, kWall );
+   EXPECT_EQ( shown( kFirst + 2 * kShort + 4 ), "3" );
+}
+
 TEST_F( TickWindowTest, ReadingsTooCloseTogetherGiveNoRate ) {
    read( kFirst, kWall );
    read( kFirst + kShort - 1, kWall + 5 );
