@@ -79,10 +79,9 @@ ReadResult
 read( const Options& options ) {
    return whileDoing( "reading", [ & ] {
       ProgressBar bar( "reading", Zel::steadyClockFactory() );
-      return readConfiguration( options.file, options.maxMappings,
-                                [ &bar ]( std::size_t bytes, std::size_t ofBytes ) {
-                                   bar.doneIs( bytes, ofBytes );
-                                } );
+      return readConfiguration(
+         options.file, options.maxMappings,
+         [ &bar ]( std::size_t bytes, std::size_t ofBytes ) { bar.doneIs( bytes, ofBytes ); } );
    } );
 }
 
@@ -131,6 +130,11 @@ unlessEmpty( const std::string& text ) {
    return text.empty() ? std::nullopt : std::optional( text );
 }
 
+std::optional< std::size_t >
+unlessZero( std::size_t number ) {
+   return number != 0 ? std::optional( number ) : std::nullopt;
+}
+
 void
 printCheckJson( const Options& options, const ReadResult& result ) {
    JsonWriter json( std::cout, JsonWriter::Layout::Indented );
@@ -142,8 +146,8 @@ printCheckJson( const Options& options, const ReadResult& result ) {
          for ( const Finding& finding : result.findings ) {
             json.object( [ & ] {
                json.member( "allowed", unlessEmpty( finding.allowed ) );
-               json.member( "line",
-                            finding.line != 0 ? std::optional( finding.line ) : std::nullopt );
+               json.member( "column", unlessZero( finding.column ) );
+               json.member( "line", unlessZero( finding.line ) );
                json.member( "path", unlessEmpty( finding.path ) );
                json.member( "problem", finding.problem );
                json.member( "value", unlessEmpty( finding.value ) );

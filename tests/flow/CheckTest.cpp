@@ -146,6 +146,7 @@ TEST( AgentCheck, jsonNamesEveryFinding ) {
   "findings": [
     {
       "allowed": "1..4094",
+      "column": null,
       "line": 9,
       "path": ")" + std::string( kPortPath ) +
                          R"(vid-translations[local-vid='4095']/local-vid",
@@ -173,6 +174,21 @@ TEST( AgentCheck, jsonOfACleanFileCountsWhatIsThere ) {
   "unused": [
     {
       "count": 1,
+      "path": "/ieee802-dot1q-bridge:bridges/bridge/address",
+      "reason": "checked, has no effect"
+    },
+    {
+      "count": 1,
+      "path": "/ieee802-dot1q-bridge:bridges/bridge/bridge-type",
+      "reason": "checked, has no effect"
+    },
+    {
+      "count": 1,
+      "path": "/ieee802-dot1q-bridge:bridges/bridge/component/type",
+      "reason": "checked, has no effect"
+    },
+    {
+      "count": 1,
       "path": "/ietf-interfaces:interfaces/interface/type",
       "reason": "checked, has no effect"
     },
@@ -180,6 +196,16 @@ TEST( AgentCheck, jsonOfACleanFileCountsWhatIsThere ) {
       "count": 1,
       "path": "/ietf-interfaces:interfaces/interface/enabled",
       "reason": "not used by this agent"
+    },
+    {
+      "count": 1,
+      "path": "/ietf-interfaces:interfaces/interface/ieee802-dot1q-bridge:bridge-port/bridge-name",
+      "reason": "checked, has no effect"
+    },
+    {
+      "count": 1,
+      "path": "/ietf-interfaces:interfaces/interface/ieee802-dot1q-bridge:bridge-port/component-name",
+      "reason": "checked, has no effect"
     }
   ]
 }

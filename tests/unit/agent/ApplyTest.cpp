@@ -57,6 +57,10 @@ TEST_F( ApplyTest, ProgramsAllThatIsConfigured ) {
    applyConfiguration( agent_, oneToThree() );
    EXPECT_EQ( programmed(), kAll );
    EXPECT_EQ( agent_.stateMachine().undelivered(), 0u );
+   const Mox::PortVlanKey egress( port(), Bridging::VlanId( 3001 ) );
+   const auto* const status = agent_.acsd().statusDir()->status().record( egress );
+   ASSERT_NE( status, nullptr );
+   EXPECT_EQ( status->mapping().rawVlanId(), 10 );
 }
 
 TEST_F( ApplyTest, TriesAgainWhatFailed ) {
