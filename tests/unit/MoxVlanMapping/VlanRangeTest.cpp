@@ -283,9 +283,10 @@ TEST( ReverseStartIdVlanId, ANumberOfAnyWidthAndSignIsCheckedAsAWhole ) {
    }
    for ( const auto number :
          std::initializer_list< std::int64_t >{ INT64_MIN, -( 1ll << 32 ) + 5, -65536 } ) {
-      EXPECT_EQ(
-         thrownText< Zel::RangeException >( [ & ] { ReverseStartIdVlanId start( number ); } ),
-         kStartRefused );
+      EXPECT_EQ( thrownText< Zel::RangeException >( [ & ] {
+                    ReverseStartIdVlanId start( static_cast< std::uint64_t >( number ) );
+                 } ),
+                 kStartRefused );
    }
    EXPECT_EQ( ReverseStartIdVlanId( std::int64_t{ 4094 } ).value(), 4094 );
 }
