@@ -147,7 +147,9 @@ VlanMappingScaleSlaveSm::doDelIngressVlanMapping( const Mox::PortVlanKey& pvKey 
 bool
 VlanMappingScaleSlaveSm::RangeIndex::holds( const Mox::PortVlanKey& key ) const {
    const Bridging::VlanId vid = key.vlanId();
-   const auto entry = sm_.vlanRangeEntryDir_->vlanRangeEntry( key.intfId() );
+   const auto& dir =
+      sm_.vlanRangeMgr_ ? sm_.vlanRangeMgr_->vlanRangeEntryDir() : sm_.vlanRangeEntryDir_;
+   const auto entry = dir->vlanRangeEntry( key.intfId() );
    const auto* start =
       entry && vid.value() <= Bridging::VlanId::kHighest
          ? entry->revSortedStartVid().findNodeOrNext( ReverseStartIdVlanId( vid.value() ) )
@@ -173,7 +175,7 @@ VlanMappingScaleSlaveSm::RangeIndex::restore( const Mox::MoxVlanMappingConfig& r
 void
 VlanMappingScaleSlaveSm::RangeIndex::release( const Mox::PortVlanKey& key ) noexcept {
    if ( sm_.vlanRangeMgr_ ) {
-      sm_.vlanRangeMgr_->changeRelease( key.intfId() );
+      sm_.vlanRangeMgr_->changeRelease( key.intfId(), key.vlanId() );
    }
 }
 

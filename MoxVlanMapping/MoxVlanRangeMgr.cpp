@@ -3,6 +3,7 @@
 //
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <utility>
@@ -58,8 +59,9 @@ lowerBoundRange( const VlanRangeEntry& entry, VlanId vid ) {
 // Elements are made, and room for them, before the first change of a call: when memory runs out,
 // the index is as it was.
 Zel::Ptr< RangeElement >
-rangeElement( VlanRangeEntry& entry, VlanId lowVid, VlanId highVid, VlanXlateMapping mapping ) {
-   entry.vlanIdRangeReserve( lowVid );
+rangeElement( VlanRangeEntry& entry, VlanId lowVid, VlanId highVid, VlanXlateMapping mapping,
+              std::uint32_t room ) {
+   entry.reserve( lowVid, room );
    return Zel::newEntity< RangeElement >( VlanRangeXlateMapping( lowVid, highVid, mapping ) );
 }
 
@@ -81,51 +83,47 @@ MoxVlanRangeMgr::MoxVlanRangeMgrIs( const Zel::Ptr< VlanRangeEntryDir >& vlanRan
    return Zel::newEntity< MoxVlanRangeMgr >( vlanRangeEntryDir );
 }
 
-// The entry that PairedRanges may change. None when there is none yet, within a change, whose addition
-// has its elements already, and for whoever reads the traces, who is to see every search and change by
-// itself.
+// The entry that PairedRanges may change. None when there is none yet, while changes have something
+// reserved, and for whoever reads the traces, who is to see every search and change by itself.
 [[gnu::always_inline]] inline VlanRangeEntry*
 MoxVlanRangeMgr::pairedEntry( IntfId intfId ) const {
-   const auto* node = trace.anyEnabled() || spareRange_
+   const auto* node = trace.anyEnabled() || !changes_.empty()
                        ? nullptr
                        : vlanRangeEntryDir_->vlanRangeEntry().findNode( intfId );
    return node ? node->entity().get() : nullptr;
 }
 
+MoxVlanRangeMgr::Change*
+MoxVlanRangeMgr::changeOf( IntfId intfId, VlanId vid ) {
+   const auto found = std::ranges::find_if( changes_, [ & ]( const Change& change ) {
+      return change.intfId == intfId && change.vid == vid;
+   } );
+   return found == changes_.end() ? nullptr : &*found;
+}
+
 void
 MoxVlanRangeMgr::changeReserve( IntfId intfId, VlanId vid ) {
-   vlanRangeEntryDir_->vlanRangeEntryIs( intfId )->reserveTwo( vid );
+   // Room for the addition, and for what the deletion may split off.
+   vlanRangeEntryDir_->vlanRangeEntryIs( intfId )->reserve( vid, room() + 1 );
    auto range = Zel::newEntity< RangeElement >( VlanRangeXlateMapping() );
-   spareStart_ = Zel::newEntity< StartElement >( ReverseStartIdVlanId(), true );
-   spareRange_ = std::move( range );
+   auto start = Zel::newEntity< StartElement >( ReverseStartIdVlanId(), true );
+   if ( Change* const change = changeOf( intfId, vid ) ) {
+      change->range = std::move( range );
+      change->start = std::move( start );
+   } else {
+      changes_.push_back( { intfId, vid, std::move( range ), std::move( start ) } );
+   }
 }
 
 void
-MoxVlanRangeMgr::changeRelease( IntfId intfId ) noexcept {
-   spareRange_ = nullptr;
-   spareStart_ = nullptr;
-   if ( const auto entry = vlanRangeEntryDir_->vlanRangeEntry( intfId ) ) {
+MoxVlanRangeMgr::changeRelease( IntfId intfId, VlanId vid ) noexcept {
+   if ( const Change* const change = changeOf( intfId, vid ) ) {
+      changes_.erase( changes_.begin() + ( change - changes_.data() ) );
+   }
+   const auto entry = vlanRangeEntryDir_->vlanRangeEntry( intfId );
+   if ( entry && changes_.empty() ) {
       entry->trim();
    }
-}
-
-Zel::Ptr< RangeElement >
-MoxVlanRangeMgr::rangeToAdd( VlanRangeEntry& entry, VlanId lowVid, VlanId highVid,
-                             VlanXlateMapping mapping ) {
-   if ( !spareRange_ ) {
-      return rangeElement( entry, lowVid, highVid, mapping );
-   }
-   spareRange_->valueIs( { lowVid, highVid, mapping } );
-   return std::move( spareRange_ );
-}
-
-Zel::Ptr< StartElement >
-MoxVlanRangeMgr::startToAdd( VlanRangeEntry& entry, VlanId lowVid ) {
-   if ( !spareStart_ ) {
-      return startElement( entry, lowVid );
-   }
-   spareStart_->keyIs( lowVid.value() );
-   return std::move( spareStart_ );
 }
 
 bool
@@ -195,6 +193,21 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
 
    VlanId lowVid = vid;
    VlanId highVid = vid;
+   Change* const change = changeOf( intfId, vid );
+   const auto makeRange = [ & ] {
+      if ( !change || !change->range ) {
+         return rangeElement( *vlanRangeEntry, lowVid, highVid, mapping, room() );
+      }
+      change->range->valueIs( { lowVid, highVid, mapping } );
+      return std::move( change->range );
+   };
+   const auto makeStart = [ & ] {
+      if ( !change || !change->start ) {
+         return startElement( *vlanRangeEntry, lowVid );
+      }
+      change->start->keyIs( lowVid.value() );
+      return std::move( change->start );
+   };
    Zel::Ptr< RangeElement > newRange;
    if ( joinsLower && joinsUpper ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " merge 2 ranges " );
@@ -206,7 +219,7 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       const VlanRangeXlateMapping lBoundRange = *lBoundIter;
       lowVid = lBoundRange.lowVid();
       highVid = uBoundRange.highVid();
-      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
+      newRange = makeRange();
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
@@ -216,8 +229,8 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       ZEL_ASSERT( uBoundIter );
       const VlanRangeXlateMapping uBoundRange = uBoundIter->value();
       highVid = uBoundRange.highVid();
-      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
-      const auto newStart = startToAdd( *vlanRangeEntry, lowVid );
+      newRange = makeRange();
+      const auto newStart = makeStart();
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
       vlanRangeEntry->revSortedStartVidIs( newStart );
@@ -227,12 +240,12 @@ MoxVlanRangeMgr::addVlanToIdx( IntfId intfId, VlanId vid, VlanXlateMapping mappi
       ZEL_ASSERT( lBoundIter );
       const VlanRangeXlateMapping lBoundRange = *lBoundIter;
       lowVid = lBoundRange.lowVid();
-      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
+      newRange = makeRange();
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
    } else {
       ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx", " vid not present in prev and cur: " );
-      newRange = rangeToAdd( *vlanRangeEntry, lowVid, highVid, mapping );
-      vlanRangeEntry->revSortedStartVidIs( startToAdd( *vlanRangeEntry, lowVid ) );
+      newRange = makeRange();
+      vlanRangeEntry->revSortedStartVidIs( makeStart() );
    }
    vlanRangeEntry->vlanIdRangeIs( newRange );
    ZEL_TRACE( trace, kDecision, __LINE__, "addVlanToIdx",
@@ -290,18 +303,19 @@ MoxVlanRangeMgr::deleteVlanFromRange( IntfId intfId, VlanId vid,
    Zel::Ptr< RangeElement > rangeAbove;
    Zel::Ptr< StartElement > startAbove;
    if ( keepsBelow ) {
-      rangeBelow = rangeElement( *vlanRangeEntry, vidRange.lowVid(), vidBelow, vidRange.mapping() );
+      rangeBelow =
+         rangeElement( *vlanRangeEntry, vidRange.lowVid(), vidBelow, vidRange.mapping(), room() );
    }
    if ( keepsAbove ) {
       rangeAbove =
-         rangeElement( *vlanRangeEntry, vidAbove, vidRange.highVid(), vidRange.mapping() );
+         rangeElement( *vlanRangeEntry, vidAbove, vidRange.highVid(), vidRange.mapping(), room() );
       startAbove = startElement( *vlanRangeEntry, vidAbove );
    }
    ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( vidRange.lowVid() ) );
    if ( isOnly ) {
       ZEL_TRACE( trace, kDecision, __LINE__, "deleteVlanFromRange", " removing size 1 Range " );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( vidRange.lowVid().value() ) );
-      if ( !spareRange_ ) {
+      if ( changes_.empty() ) {
          vlanRangeEntry->trim();
       }
    } else if ( isFirst ) {

@@ -16,11 +16,15 @@
 // Memory         std::bad_alloc leaves the index as it was; changeReserve() extends that over a deletion
 //                and the addition behind it.
 // Throws         Zel::RangeException for ids that are not VLAN ids (VlanId::fromRaw); adding and
-//                deleting change nothing before it but the empty entry.
+//                deleting such a one change nothing before it but the empty entry. A deletion may
+//                meet a range or start stored by hand with one, of which some may have gone then.
 // Asserts        That the two collections agree, where it relies on it.
 // Threads        One thread per directory, no locks.
 // Trace          "MoxVlanRangeMgr": arguments at level 9, decisions at level 1.
 #pragma once
+
+#include <cstdint>
+#include <vector>
 
 #include "Bridging/VlanId.h"
 #include "Bridging/VlanXlateMapping.h"
@@ -63,10 +67,10 @@ class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
                              const VlanRangeXlateMapping& vidRange );
 
    /// Before an id is deleted and added again under another mapping: takes the memory for the
-   /// addition, which then cannot fail for want of it. One change at a time.
+   /// addition, which then cannot fail for want of it, whatever else is added or changed between.
    void changeReserve( Corvel::IntfId intfId, Bridging::VlanId vid );
-   /// Gives back what the change has not used.
-   void changeRelease( Corvel::IntfId intfId ) noexcept;
+   /// Gives back what the change of this id has not used.
+   void changeRelease( Corvel::IntfId intfId, Bridging::VlanId vid ) noexcept;
 
    Zel::TypeHandle fwkType() const override;
 
@@ -76,18 +80,22 @@ class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
    ~MoxVlanRangeMgr() override;
 
  private:
+   /// An id that is deleted and will be added again, and the elements for it.
+   struct Change {
+      Corvel::IntfId intfId;
+      Bridging::VlanId vid;
+      Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > range;
+      Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > start;
+   };
+
    VlanRangeEntry* pairedEntry( Corvel::IntfId intfId ) const;
-   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > rangeToAdd( VlanRangeEntry& entry,
-                                                          Bridging::VlanId lowVid,
-                                                          Bridging::VlanId highVid,
-                                                          Bridging::VlanXlateMapping mapping );
-   Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > startToAdd( VlanRangeEntry& entry,
-                                                                Bridging::VlanId lowVid );
+   Change* changeOf( Corvel::IntfId intfId, Bridging::VlanId vid );
+   /// Ranges for which an operation makes room: its own, and what changes have reserved.
+   std::uint32_t room() const { return 1 + 2 * static_cast< std::uint32_t >( changes_.size() ); }
 
    const Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDir_;
-   // Set within a change alone.
-   Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > spareRange_;
-   Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > spareStart_;
+   // Most often none; several when a reactor of one change makes another.
+   std::vector< Change > changes_;
 };
 
 ZEL_EXPORT Zel::Ptr< MoxVlanRangeMgr >

@@ -82,10 +82,8 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    /// Inserts, or overwrites the range that has the same lowVid.
    void vlanIdRangeIs( const VlanRangeXlateMapping& range );
    /// The same with an element made beforehand. Cannot fail for want of memory behind
-   /// vlanIdRangeReserve() of its key.
+   /// reserve() of its key.
    void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
-   /// Makes room for one range; holds until another is inserted.
-   void vlanIdRangeReserve( Bridging::VlanId lowVid ) { vlanIdRange_.reserve( lowVid ); }
    /// Returns the removed range; the default range when there was none.
    VlanRangeXlateMapping vlanIdRangeDel( Bridging::VlanId lowVid );
    VlanRangeXlateMapping vlanIdRangeDel( const VlanIdRangeMap::Iterator& at );
@@ -108,8 +106,10 @@ class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
    bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );
    void revSortedStartVidDelAll() { revSortedStartVid_.deleteAll(); }
 
-   /// Makes room for the id in a range of its own and for one range more.
-   void reserveTwo( Bridging::VlanId vid ) { index_.reserve( vid.value(), 2 ); }
+   /// Makes room for up to so many new ranges, the last of which starts at `lowVid`.
+   void reserve( Bridging::VlanId lowVid, std::uint32_t ranges ) {
+      index_.reserve( lowVid.value(), ranges );
+   }
    /// Gives the memory of empty collections back, and what was reserved in them.
    void trim() { index_.trim(); }
 

@@ -190,9 +190,10 @@ VlanMappingSlaveSm::isInForce( const ZelDelivered& slot, const MoxVlanMappingCon
 void
 VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
    const PortVlanKey key = changed;   // it may go with its record inside a hook
-   const MoxVlanMappingConfig* const configured = ingressConfigDir()->config().record( key );
-   if ( configured ) {
-      requireDeliverable( *configured );
+   Zel::FirstException failed;
+   const MoxVlanMappingConfig* configured = ingressConfigDir()->config().record( key );
+   if ( configured && !failed.run( [ & ] { requireDeliverable( *configured ); } ) ) {
+      configured = nullptr;   // what waits for the slot is none the worse for it
    }
    Zel::Ptr< ZelDelivered > slot = ingressDelivered_.findNode( slotOf( key ) );
    if ( !configured ) {
@@ -202,15 +203,16 @@ VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
    }
    if ( !slot ) {
       if ( !configured && !firstWaiting( slotOf( key ) ) ) {
+         failed.throwOn();
          return;
       }
       slot = Zel::newEntity< ZelDelivered >( slotOf( key ), MoxVlanMappingConfig( key, {} ) );
       ingressDelivered_.insert( slot );
    }
    if ( slot->busy() ) {
+      failed.throwOn();
       return;
    }
-   Zel::FirstException failed;
    slot->busyIs( true );
    settleIngress( *slot, failed );
    slot->busyIs( false );
@@ -224,6 +226,7 @@ VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
 void
 VlanMappingSlaveSm::settleIngress( ZelDelivered& slot, Zel::FirstException& failed ) {
    std::optional< MoxVlanMappingConfig > earlier;
+   bool reserved = false;
    for ( bool goesOn = true; goesOn; ) {
       const MoxVlanMappingConfig* const next = wanted( slot );
       if ( isInForce( slot, next ) ) {
@@ -231,20 +234,25 @@ VlanMappingSlaveSm::settleIngress( ZelDelivered& slot, Zel::FirstException& fail
       }
       if ( slot.inForce() ) {
          earlier = slot.value();
-         goesOn = delIngress( slot, next != nullptr, failed );
+         if ( ingressIndex_ && next ) {
+            if ( !failed.run( [ & ] { ingressIndex_->reserve( slot.value().key() ); } ) ) {
+               break;
+            }
+            reserved = true;
+         }
+         goesOn = delIngress( slot, failed );
       } else {
          goesOn = addIngress( slot, *next, failed );
       }
    }
-   if ( !ingressIndex_ || !earlier ) {
-      return;
-   }
-   if ( !slot.inForce() && wanted( slot ) ) {
+   if ( ingressIndex_ && earlier && !slot.inForce() && wanted( slot ) ) {
       failed.run( [ & ] { ingressIndex_->restore( *earlier ); } );
       slot.valueIs( *earlier );
       slot.inForceIs( ingressIndex_->holds( slot.key() ) );
    }
-   ingressIndex_->release( slot.key() );
+   if ( reserved ) {
+      ingressIndex_->release( slot.key() );
+   }
 }
 
 bool
@@ -265,13 +273,8 @@ VlanMappingSlaveSm::addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& 
 }
 
 bool
-VlanMappingSlaveSm::delIngress( ZelDelivered& slot, bool anotherFollows,
-                                Zel::FirstException& failed ) {
+VlanMappingSlaveSm::delIngress( ZelDelivered& slot, Zel::FirstException& failed ) {
    const PortVlanKey key = slot.value().key();
-   if ( ingressIndex_ && anotherFollows &&
-        !failed.run( [ & ] { ingressIndex_->reserve( key ); } ) ) {
-      return false;
-   }
    if ( failed.run( [ & ] { doDelIngressVlanMapping( key ); } ) ||
         ( ingressIndex_ && !ingressIndex_->holds( key ) ) ) {
       slot.inForceIs( false );

@@ -152,7 +152,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    static bool isInForce( const ZelDelivered& slot, const MoxVlanMappingConfig* record );
    bool addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& record,
                     Zel::FirstException& failed );
-   bool delIngress( ZelDelivered& slot, bool anotherFollows, Zel::FirstException& failed );
+   bool delIngress( ZelDelivered& slot, Zel::FirstException& failed );
    void settleIngress( ZelDelivered& slot, Zel::FirstException& failed );
    void settleEgress( ZelDelivered& slot, Zel::FirstException& failed );
 

@@ -14,7 +14,8 @@
 //            the clock's once per millisecond or two, and the lock that nobody else holds.
 // Threads    Any; writers take turns. Readers may be anywhere and read at any time, see Image.h, but
 //            not from an image that a later fileIs replaced. A forked child shares a mapped file
-//            with its parent and needs a fileIs of its own.
+//            with its parent and needs a fileIs of its own; one of a process with threads may only
+//            exec, for a lock may be held.
 // Throws     Only fileIs.
 #pragma once
 

@@ -88,7 +88,9 @@ class ZEL_EXPORT KeyIndex {
       }
       if ( trie_ ) {
          trie_->reserve( place );
-      } else if ( few_.size() + places > few_.room() ) {
+         return;
+      }
+      while ( few_.size() + places > few_.room() ) {
          few_.grow();
          last_ = {};
       }

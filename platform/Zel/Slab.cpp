@@ -80,9 +80,23 @@ struct Share {
    }
    // Puts the cells from `first` to `last` in front.
    void put( FreeCell* first, FreeCell* last ) { last->next = std::exchange( free, first ); }
+   // Some of another's free cells, not all: other threads find the rest. Requires: none are free here.
+   void takeSome( Share& other );
    // Makes sure of a free cell.
    void addChunk( std::size_t cellSize );
 };
+
+void
+Share::takeSome( Share& other ) {
+   FreeCell* last = other.free;
+   for ( std::int64_t i = 1; i < kPassedOnAtOnce && last && last->next; ++i ) {
+      last = last->next;
+   }
+   if ( last ) {
+      free = std::exchange( other.free, last->next );
+      last->next = nullptr;
+   }
+}
 
 void
 Share::addChunk( std::size_t cellSize ) {
@@ -135,8 +149,10 @@ constinit thread_local bool threadEnded = false;
 // Keeps the table of its thread among the others while the thread runs.
 class TableOfThread {
  public:
-   // Under the lock.
-   TableOfThread() : table_( process().tables.emplace( process().tables.end() ) ) {}
+   TableOfThread() {
+      const std::lock_guard guard( process().lock );
+      table_ = process().tables.emplace( process().tables.end() );
+   }
    ~TableOfThread();
    TableOfThread( const TableOfThread& ) = delete;
    TableOfThread& operator=( const TableOfThread& ) = delete;
@@ -148,7 +164,7 @@ class TableOfThread {
    }
 
  private:
-   const std::list< Table >::iterator table_;
+   std::list< Table >::iterator table_;
 };
 
 TableOfThread::~TableOfThread() {
@@ -172,15 +188,27 @@ TableOfThread::~TableOfThread() {
    process().tables.erase( table_ );
 }
 
+// Made at the thread's first call, which must not come under the lock: the loader takes a lock of its own
+// then, under which a library that is loaded or unloaded may allocate.
+TableOfThread&
+tableOfThread() {
+   thread_local TableOfThread table;
+   return table;
+}
+
+bool
+sharesNothing() {
+   return kBypassed || threadEnded;
+}
+
 // The calling thread's share of a record, or nobody's when it has none any more. Under the lock.
 Share&
 shareOf( std::uint32_t record ) {
-   if ( kBypassed || threadEnded ) {
+   if ( sharesNothing() ) {
       return process().records[ record ].nobodys;
    }
    if ( record >= shares.size() ) {
-      thread_local TableOfThread table;
-      table.coverAllRecords();
+      tableOfThread().coverAllRecords();
    }
    return shares[ record ];
 }
@@ -216,11 +244,14 @@ Slab::allocate() {
 
 void*
 Slab::allocateLocked() {
+   if ( !sharesNothing() ) {
+      tableOfThread();
+   }
    const std::lock_guard guard( process().lock );
    const std::uint32_t record = recordIndex();
    Share& mine = shareOf( record );
    if ( !mine.free ) {
-      mine.free = std::exchange( process().records[ record ].nobodys.free, nullptr );
+      mine.takeSome( process().records[ record ].nobodys );
    }
    if ( !mine.free ) {
       mine.addChunk( cellSize_ );

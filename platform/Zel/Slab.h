@@ -8,8 +8,8 @@
 // was unloaded finds its own again.
 //
 // Cells      Cut from growing chunks, which stay with the process; a released cell is the next one
-//            that its thread is handed. Under the address sanitizer every cell comes from operator
-//            new, so that a use after release is still seen.
+//            that its thread is handed, unless it is passed on (below). Under the address sanitizer
+//            every cell comes from operator new, so that a use after release is still seen.
 // Cost       O(1) without a lock; a lock when a thread's free list is empty, and then a chunk when
 //            no thread has left cells behind.
 // Threads    Any. Each has a free list and counts of its own. A cell goes to the list of the thread

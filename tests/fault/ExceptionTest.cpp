@@ -49,6 +49,14 @@ egressGone( World& w ) {
    w.acsd->egressConfigDir()->configDel( w.key( 20 ) );
 }
 
+void
+inOtherDirectory( World& w ) {
+   w.sm->handleInitialized();
+   w.sm->vlanRangeMgrIs( w.otherRanges );
+   w.ingressIs( w.config( 11, 'M' ) );
+   w.drain();
+}
+
 struct Row {
    const char* name;
    const char* point;
@@ -92,6 +100,10 @@ const Row kRows[] = {
    { "BehindAdd", "behind add", configured, ingressNew, again },
    { "BeforeDelete", "before del", configured, ingressGone, again },
    { "BehindDelete", "behind del", configured, ingressGone, again },
+   { "BeforeDeleteUnderAnotherManager", "before del", inOtherDirectory, ingressGone, ingressGone },
+   { "BehindDeleteUnderAnotherManager", "behind del", inOtherDirectory, ingressGone, nothing },
+   { "BeforeChangeAddsUnderAnotherManager", "before add", inOtherDirectory, ingressChanged,
+     ingressChanged },
    { "BeforeChangeDeletes", "before del", configured, ingressChanged, again },
    { "BehindChangeDeletes", "behind del", configured, ingressChanged, again },
    { "BeforeChangeAdds", "before add", configured, ingressChanged, again },

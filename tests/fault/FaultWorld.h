@@ -192,6 +192,8 @@ class World {
             scale ? TestSupport::interfacesText( scale->vlanInXlateHashTable() ) : "";
          all[ "lag of " + name ] = acsd->portToLag().contains( port( number ) ) ? "member" : "";
       }
+      const auto other = otherRanges->vlanRangeEntry( port( 7 ) );
+      all[ "other index of 7" ] = other ? TestSupport::rangesText( *other ) : "";
       all[ "ingress" ] = records( acsd->ingressConfigDir()->config() );
       all[ "egress" ] = records( acsd->egressConfigDir()->config() );
       all[ "status" ] = records( acsd->statusDir()->status() );
@@ -228,6 +230,9 @@ class World {
       Quen::taskSchedulerFactory( Zel::Ptr< const Zel::Clock >( clock ) );
    const Zel::Ptr< Mox::MoxCommonSmData > acsd = Mox::moxCommonSmDataFactory();
    const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > ranges =
+      MoxVlanMapping::vlanRangeEntryDirFactory();
+   /// For a manager that replaces the first.
+   const Zel::Ptr< MoxVlanMapping::VlanRangeEntryDir > otherRanges =
       MoxVlanMapping::vlanRangeEntryDirFactory();
    const Zel::Ptr< MoxVlanMapping::VlanXlateScheduleDir > schedule =
       MoxVlanMapping::vlanXlateScheduleDirFactory();

@@ -39,6 +39,7 @@ struct Record {
    std::map< std::pair< std::uint64_t, std::uint16_t >, std::uint16_t > index;
    /// Egress mappings in force.
    std::map< std::string, std::uint16_t > egress;
+   int reserved = 0;   ///< since the last release
    /// Run at the beginning and at the end of each hook, with what the hook logs.
    std::function< void( const std::string& ) > before;
    std::function< void( const std::string& ) > after;
@@ -128,7 +129,7 @@ class IndexedSm : public RecordingSm {
    }
 
  protected:
-   ~IndexedSm() override { EXPECT_EQ( index_.reserved, 0 ) << "not released"; }
+   ~IndexedSm() override { EXPECT_EQ( record_.reserved, 0 ) << "not released"; }
 
  private:
    struct Index : IngressIndex {
@@ -137,7 +138,7 @@ class IndexedSm : public RecordingSm {
          return sm.record_.index.contains( placeOf( key ) );
       }
       void reserve( const Mox::PortVlanKey& key ) override {
-         ++reserved;
+         ++sm.record_.reserved;
          sm.hook( "r" + name( key ), [] {} );
       }
       void restore( const Mox::MoxVlanMappingConfig& record ) override {
@@ -145,10 +146,9 @@ class IndexedSm : public RecordingSm {
          sm.hook( "<" + name( record.key() ) + "=" + std::to_string( vlan ),
                   [ & ] { sm.record_.index.emplace( placeOf( record.key() ), vlan ); } );
       }
-      void release( const Mox::PortVlanKey& ) noexcept override { reserved = 0; }
+      void release( const Mox::PortVlanKey& ) noexcept override { sm.record_.reserved = 0; }
 
       IndexedSm& sm;
-      int reserved = 0;
    };
    Index index_{ *this };
 };

@@ -591,6 +591,32 @@ TEST_F( IndexedSlaveSmTest, AKeyWhoseAdditionFailedHasItsSlotBeforeALaterOne ) {
    EXPECT_EQ( record_.take(), "r1/100.5 -1/100.5 +1/100.6=3002" );
 }
 
+TEST_F( IndexedSlaveSmTest, ARefusedRecordLeavesItsSlotToTheKeyThatWaits ) {
+   initialize();
+   failsBefore( "+1/100.5=3001" );
+   EXPECT_EQ( ingressThrown( key( 1, 100, 5 ), 3001 ), "+1/100.5=3001" );
+   EXPECT_EQ( ingressThrown( key( 1, 100, 6 ), 3002 ), "+1/100.5=3001" );
+   failsNoMore();
+   EXPECT_THROW( ingress( key( 1, 100, 5 ), 4095 ), Zel::RangeException );
+   EXPECT_EQ( record_.take(), "+1/100.6=3002" );
+   EXPECT_EQ( sm_->undelivered(), 0u );
+}
+
+TEST_F( IndexedSlaveSmTest, APlainDeletionInsideAChangeReleasesNothingOfIt ) {
+   initialize();
+   ingress( key( 1, 100 ), 3001 );
+   ingress( key( 1, 101 ), 3001 );
+   record_.take();
+   once( "-1/100", [ & ] { ingressDel( key( 1, 101 ) ); } );
+   record_.before = [ & ]( const std::string& what ) {
+      if ( what == "+1/100=3002" ) {
+         record_.log += " reserved " + std::to_string( record_.reserved );
+      }
+   };
+   ingress( key( 1, 100 ), 3002 );
+   EXPECT_EQ( record_.take(), "r1/100 -1/100 -1/101 reserved 1 +1/100=3002" );
+}
+
 TEST_F( IndexedSlaveSmTest, AKeyThatWaitsForItsSlotIsNotUndelivered ) {
    initialize();
    ingress( key( 1, 100, 5 ), 3001 );

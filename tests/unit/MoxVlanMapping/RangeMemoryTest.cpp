@@ -191,7 +191,7 @@ TEST_P( EmptiedIndexTest, GivesTheMemoryOfItsElementsBack ) {
    given( "5-5 M" );
    del( 5 );
    const auto before = TestSupport::newRequests();
-   entry().vlanIdRangeReserve( Bridging::VlanId( 5 ) );
+   entry().reserve( vlan( 5 ), 1 );
    EXPECT_GT( TestSupport::newRequests(), before ) << "the room was kept";
 }
 
@@ -234,7 +234,7 @@ TEST_P( ReservedChangeTest, AddsWithoutMemory ) {
       const TestSupport::OperatorNewHook refuse( [] { throw std::bad_alloc(); } );
       add( row.vid, N );
    }
-   mgr_->changeRelease( kPort );
+   mgr_->changeRelease( kPort, vlan( row.vid ) );
    for ( unsigned i = 0; i < row.others; ++i ) {
       del( kFirstOther + 2 * i );
    }
@@ -265,17 +265,36 @@ INSTANTIATE_TEST_SUITE_P(
              ( std::get< 1 >( row.param ) ? "Traced" : "" );
    } );
 
+// As a reactor of one change may make others.
+TEST_F( RangeMgrTest, WhatAChangeReservedServesNoOtherId ) {
+   given( "10-12 M, 20-22 M" );
+   mgr_->changeReserve( kPort, vlan( 11 ) );
+   del( 11 );
+   mgr_->changeReserve( kPort, vlan( 21 ) );
+   del( 21 );
+   add( 30, M );
+   {
+      const Exhausted exhausted;
+      const TestSupport::OperatorNewHook refuse( [] { throw std::bad_alloc(); } );
+      add( 21, N );
+      mgr_->changeRelease( kPort, vlan( 21 ) );
+      add( 11, N );
+      mgr_->changeRelease( kPort, vlan( 11 ) );
+   }
+   EXPECT_EQ( ranges(), "10-10 M, 11-11 N, 12-12 M, 20-20 M, 21-21 N, 22-22 M, 30-30 M" );
+}
+
 TEST_F( RangeMgrTest, AChangeGivesBackWhatItReservedAndDidNotUse ) {
    given( "5-5 M" );
    const auto live = Zel::allocationCount( "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange" ).live;
    mgr_->changeReserve( kPort, vlan( 5 ) );
    del( 5 );
    EXPECT_EQ( Zel::allocationCount( "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange" ).live, live );
-   mgr_->changeRelease( kPort );
+   mgr_->changeRelease( kPort, vlan( 5 ) );
    EXPECT_EQ( Zel::allocationCount( "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange" ).live,
               live - 1 );
    const auto requests = TestSupport::newRequests();
-   entry().vlanIdRangeReserve( vlan( 5 ) );
+   entry().reserve( vlan( 5 ), 1 );
    EXPECT_GT( TestSupport::newRequests(), requests ) << "the room was kept";
 }
 
