@@ -102,7 +102,6 @@ Report
 makeReport( const ScaleAgent& agent, const Configuration& configuration ) {
    Report report;
    report.rangeEntriesPerPort = agent.dataPlane().rangeEntriesPerPort();
-   report.undelivered = agent.stateMachine().undelivered();
    PortNames names = agent.ports();
    for ( const Port& port : configuration.ports ) {
       const Corvel::IntfId id = names.id( port.name );
@@ -210,7 +209,6 @@ printSummaryJson( std::ostream& out, const Report& report ) {
          json.member( "rangeEntries", total.rangeEntries );
          json.member( "ranges", total.ranges );
       } );
-      json.member( "undelivered", report.undelivered );
    } );
    out << '\n';
 }

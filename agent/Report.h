@@ -46,7 +46,6 @@ struct Totals {
 struct Report {
    std::vector< PortReport > ports;   ///< in the order of the file
    std::size_t rangeEntriesPerPort = 0;
-   std::size_t undelivered = 0;   ///< mappings of both directions that are not in force
 
    Totals total() const;
 };

@@ -3,7 +3,6 @@
 #include "agent/config/OpenConfigReader.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -167,6 +166,7 @@ class OpenConfigReader {
          }
       };
       std::size_t kinds = 0;
+      bool anyUnknown = false;   // which has been reported
       const JsonObject* members = place.value().object();
       for ( std::size_t i = 0; members && i < members->size(); ++i ) {
          const Place kind( place, ( *members )[ i ] );
@@ -178,6 +178,7 @@ class OpenConfigReader {
          } else if ( name == kTaggedRange ) {
             readTaggedRange( kind, hasMapping, claim );
          } else if ( !name.starts_with( "double-tagged" ) ) {
+            anyUnknown = anyUnknown || name.find( ':' ) == std::string_view::npos;
             continue;
          } else if ( hasMapping ) {
             document_.finding( kind, "is not supported by this agent", kMatches );
@@ -187,7 +188,7 @@ class OpenConfigReader {
       if ( hasMapping && kinds > 1 ) {
          document_.finding( place, "", fmt::format( "has {} kinds of match", kinds ),
                             "one kind in each subinterface" );
-      } else if ( hasMapping && members && members->empty() ) {
+      } else if ( hasMapping && members && kinds == 0 && !anyUnknown ) {
          document_.finding( place, "", "has no kind of match", kMatches );
       }
       return vlans;
@@ -244,32 +245,37 @@ class OpenConfigReader {
       if ( low == 0 || high == 0 ) {
          return;
       }
-      if ( low > high ) {
+      if ( low <= high ) {
+         claim( *config, low, high );
+      } else if ( needed ) {
          document_.finding( *highLeaf, fmt::format( "is below low-vlan-id {}", low ),
                             fmt::format( "{}..{}", low, kMaxVlanId ) );
-      } else {
-         claim( *config, low, high );
       }
    }
 
-   // Takes the VIDs low..high for one subinterface. Those that another one has already are
-   // one finding for each of the others.
+   // Takes the VIDs low..high for one subinterface. Those that others have already are one finding,
+   // for a few lines of text can clash with each other in very many places.
    void claimVlans( const Place& where, std::uint16_t low, std::uint16_t high, const Word& word,
                     Words& matched, std::vector< std::uint16_t >& vlans ) {
-      std::map< std::pair< std::size_t, std::uint32_t >, std::vector< std::uint16_t > > taken;
+      std::vector< std::uint16_t > taken;
+      const Word* first = nullptr;
+      bool anyOther = false;
       for ( std::uint16_t vlan = low; vlan <= high; ++vlan ) {
-         Word& first = matched[ vlan ];
-         if ( first.line == 0 ) {
-            first = word;
+         Word& earlier = matched[ vlan ];
+         if ( earlier.line == 0 ) {
+            earlier = word;
             vlans.push_back( vlan );
-         } else if ( first.subinterface != word.subinterface ) {
-            taken[ { first.line, first.subinterface } ].push_back( vlan );
+         } else if ( earlier.subinterface != word.subinterface ) {
+            first = first ? first : &earlier;
+            anyOther = anyOther || earlier.subinterface != first->subinterface;
+            taken.push_back( vlan );
          }
       }
-      for ( const auto& [ first, ids ] : taken ) {
-         document_.finding( where, formatVlanList( ids ),
-                            fmt::format( "is already matched in subinterface {} on line {}",
-                                         first.second, first.first ),
+      if ( first ) {
+         document_.finding( where, formatVlanList( taken ),
+                            fmt::format( "is already matched in subinterface {} on line {}{}",
+                                         first->subinterface, first->line,
+                                         anyOther ? " and in others" : "" ),
                             "each VID once on one port" );
       }
    }

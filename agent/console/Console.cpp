@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -68,6 +69,11 @@ readLines( Session& session, Complain complain ) {
          complain( fmt::format( "line {}: {}", number, *error ) );
          ++failed;
       }
+   }
+   // A folder or a closed descriptor ends like an empty script, but for the error.
+   if ( std::ferror( stdin ) != 0 ) {
+      complain( "<stdin>: cannot be read to its end" );
+      ++failed;
    }
    return failed;
 }

@@ -120,6 +120,8 @@ TEST( AgentStreams, aClosedInputCannotBeRead ) {
       EXPECT_EQ( outcome.exitCode, 2 ) << command << ": " << outcome.text();
       EXPECT_TRUE( outcome.err.starts_with( "<stdin>: cannot be read" ) ) << outcome.err;
    }
+   EXPECT_EQ( runProgram( { "/bin/sh", "-c", "exec \"$0\" console <&-", MOX_AGENT } ).text(),
+              exited( 2, "", "<stdin>: cannot be read to its end\n" ) );
 }
 
 TEST( AgentStreams, replayStopsWhenItsOutputIsGone ) {

@@ -187,8 +187,7 @@ TEST( AgentShowSummary, theDocumentIsStable ) {
     "mappings": 4,
     "rangeEntries": 1,
     "ranges": 3
-  },
-  "undelivered": 0
+  }
 }
 )",
                       "" ) );

@@ -78,6 +78,17 @@ TEST( OpenConfigMatch, RangesInPiecesAddUp ) {
               "eth1: 10>7 11>7 12>7 13>7;\n" );
 }
 
+TEST( OpenConfigMatch, AnUpsideDownRangeWithoutAMappingHasNoEffect ) {
+   EXPECT_EQ( ports( { taggedRange( "20", "10" ) } ), "eth1:;\n" );
+}
+
+TEST( OpenConfigMatch, AMappingWithMatchesOfOtherModulesAloneIsRefused ) {
+   EXPECT_EQ( ports( { R"("match":{"acme:any":3})" + in( 7 ) } ),
+              "f.json:3: " + vlanPath( 1, "/match" ) +
+                 ": has no kind of match; allowed: single-tagged, single-tagged-list, "
+                 "single-tagged-range\n" );
+}
+
 TEST( OpenConfigMatch, AnUpsideDownRangeIsRefused ) {
    EXPECT_EQ( ports( { taggedRange( "20", "10" ) + in( 7 ) } ),
               "f.json:3: " + vlanPath( 1, "/match/single-tagged-range/config/high-vlan-id" ) +
@@ -162,12 +173,8 @@ TEST( OpenConfigMatch, AVidBelongsToOneSubinterfaceOfAPort ) {
    EXPECT_EQ( ports( { taggedRange( "10", "20" ) + in( 7 ), tagged( "30" ) + in( 8 ),
                        taggedRange( "19", "31" ) + in( 9 ) } ),
               "f.json:5: " + vlanPath( 3, "/match/single-tagged-range/config" ) +
-                 ": value 19-20 is already matched in subinterface 1 on line 3; allowed: each "
-                 "VID once on one port\n"
-                 "f.json:5: " +
-                 vlanPath( 3, "/match/single-tagged-range/config" ) +
-                 ": value 30 is already matched in subinterface 2 on line 4; allowed: each VID "
-                 "once on one port\n" );
+                 ": value 19-20,30 is already matched in subinterface 1 on line 3 and in others; "
+                 "allowed: each VID once on one port\n" );
 }
 
 TEST( OpenConfigMatch, AVidStandsOnceInAList ) {
