@@ -34,13 +34,16 @@ using nlohmann::json;
 constexpr std::size_t kRangeEntries = 2;
 constexpr std::uint64_t kHighestVlan = 4094;
 
+bool
+isVlan( std::uint64_t number ) {
+   return number >= 1 && number <= kHighestVlan;
+}
+
 struct Event {
    std::string op;
    std::string port;
    std::uint64_t vlan = 0;
    std::uint64_t relay = 0;
-
-   bool isVlan() const { return vlan >= 1 && vlan <= kHighestVlan; }
 };
 
 // What a line asks for as far as it can be read; the rest is for the replay to refuse.
@@ -123,12 +126,18 @@ struct PortModel {
    bool hadVlanOne = false;
    bool hadEmptyMapping = false;   // swallows what it meets: only the ids can be foretold
    Table configured;
-   Table held;        // by hand
+   Table held;
    Ranges stored{};   // as the last state shows it
 
    bool drivenBy( Driver wanted ) {
       driver = driver == Driver::None ? wanted : driver;
       return driver == wanted;
+   }
+   // A record that is refused leaves the earlier mapping of its VLAN in force.
+   void deliver( std::uint64_t vlan, std::uint64_t relay ) {
+      if ( isVlan( vlan ) && isVlan( relay ) ) {
+         held[ vlan ] = relay;
+      }
    }
    std::optional< std::uint64_t > relayOf( std::uint64_t vlan ) const {
       for ( const Range& range : stored ) {
@@ -145,13 +154,24 @@ class Model {
    // Whether the line may be carried out; then the model has it, too.
    bool take( const Event& event, bool first ) {
       event_ = event;
-      initialized_ = initialized_ || ( first && event.op != "manual" ) || event.op == "initialize";
+      if ( ( first && event.op != "manual" ) || event.op == "initialize" ) {
+         initialize();
+      }
       PortModel& port = ports_[ event.port ];
       if ( event.op == "ingress-set" ) {
-         return port.drivenBy( PortModel::Driver::Configuration ) && setIngress( port );
+         if ( !port.drivenBy( PortModel::Driver::Configuration ) ) {
+            return false;
+         }
+         port.configured[ event.vlan ] = event.relay;
+         if ( initialized_ ) {
+            port.deliver( event.vlan, event.relay );
+         }
+         return true;
       }
       if ( event.op == "ingress-del" ) {
-         port.configured.erase( event.vlan );
+         if ( port.configured.erase( event.vlan ) != 0 ) {
+            port.held.erase( event.vlan );
+         }
          return true;
       }
       if ( event.op == "index-add" || event.op == "hook-add-ingress" ) {
@@ -171,7 +191,7 @@ class Model {
          checkPort( ports_[ name ], seen );
       }
       for ( auto& [ name, port ] : ports_ ) {
-         require( state.at( "ports" ).contains( name ) || heldBy( port ).empty(),
+         require( state.at( "ports" ).contains( name ) || port.held.empty(),
                   "a port that holds ids has no entry" );
       }
       require( event_.op != "run" || state.at( "schedule" ).empty(),
@@ -179,12 +199,13 @@ class Model {
    }
 
  private:
-   bool setIngress( PortModel& port ) {
-      if ( !maySee( port ) ) {
-         return false;
+   void initialize() {
+      initialized_ = true;
+      for ( auto& [ name, port ] : ports_ ) {
+         for ( const auto& [ vlan, relay ] : port.configured ) {
+            port.deliver( vlan, relay );
+         }
       }
-      port.configured[ event_.vlan ] = event_.relay;
-      return true;
    }
    bool add( PortModel& port ) {
       if ( !maySee( port ) ) {
@@ -193,7 +214,7 @@ class Model {
       if ( const auto relay = port.relayOf( event_.vlan ) ) {
          return event_.relay == 0 || *relay == event_.relay;
       }
-      if ( event_.isVlan() ) {
+      if ( isVlan( event_.vlan ) ) {
          port.held[ event_.vlan ] = event_.relay;
       }
       return true;
@@ -209,22 +230,9 @@ class Model {
       return true;
    }
 
-   Table heldBy( const PortModel& port ) const {
-      if ( port.driver != PortModel::Driver::Configuration ) {
-         return port.held;
-      }
-      Table table;
-      for ( const auto& [ vlan, relay ] : port.configured ) {
-         if ( initialized_ && vlan >= 1 && vlan <= kHighestVlan && relay <= kHighestVlan ) {
-            table[ vlan ] = relay;
-         }
-      }
-      return table;
-   }
-
    void checkPort( PortModel& port, const json& seen ) const {
       port.stored = rangesOf( seen.at( "ranges" ) );
-      Ranges expected = merged( heldBy( port ) );
+      Ranges expected = merged( port.held );
       json starts = json::array();
       for ( const Range& range : port.stored ) {
          starts.insert( starts.begin(), range.low );
