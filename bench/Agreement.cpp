@@ -72,12 +72,9 @@ requireAgreement( const Workload& workload ) {
    for ( int draw = 0; draw < kDraws; ++draw ) {
       const Script script = workload.draw( random );
       const States library = statesOf< LibraryIndex >( script );
-      requireSameStates< ByInterface< TwoMapsIndex > >( workload.name, script, library );
-      requireSameStates< ByInterface< TreeIndex< StdTree > > >( workload.name, script, library );
-      requireSameStates< ByInterface< IclIndex > >( workload.name, script, library );
-      requireSameStates< ByInterface< TreeIndex< AbslTree > > >( workload.name, script, library );
-      requireSameStates< ByInterface< SortedVectorIndex > >( workload.name, script, library );
-      requireSameStates< ByInterface< FlatIndex > >( workload.name, script, library );
+      forEachPeer( [ & ]< class Index >() {
+         requireSameStates< ByInterface< Index > >( workload.name, script, library );
+      } );
    }
 }
 

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Kirlog/PelrecMessage.h"
@@ -15,6 +14,7 @@
 #include "Zel/GenericIf.h"
 #include "Zel/Trace.h"
 #include "bench/LibraryIndex.h"
+#include "bench/Passes.h"
 #include "bench/Report.h"
 #include "bench/Workloads.h"
 
@@ -68,17 +68,6 @@ addTraceRows() {
    measureCall( enabled, kNone, ~0u, nothing );
 }
 
-struct Direct {
-   Script script;
-   LibraryIndex index{};
-
-   explicit Direct( Script drawn ) : script( std::move( drawn ) ) {}
-   std::size_t operator()() {
-      runThrough( index, script.timed );
-      return script.timed.size();
-   }
-};
-
 /// addVlanToIdx with its arguments made beforehand.
 struct Generic {
    LibraryIndex index{};
@@ -106,30 +95,23 @@ struct Generic {
    }
 };
 
-template < class Pass >
-void
-measurePass( const Row& row, const char* subject, const Workload& workload ) {
-   measure( row, subject, [ workload, random = Random( 9 ) ]( benchmark::State& state ) mutable {
-      return nanosecondsPerOperation( state, [ & ] { return Pass( workload.draw( random ) ); } );
-   } );
-}
-
 void
 addGenericRow( const Workload& workload ) {
    constexpr const char* kDirect = "direct call";
    Random random( 10 );
    const Script script = workload.draw( random );
-   Direct direct( script );
+   Pass< LibraryIndex > direct( script );
    Generic generic( script );
    direct();
    generic();
    if ( direct.index.ranges() != generic.index.ranges() ) {
       throw std::runtime_error( "generic access leads to another index" );
    }
-   const Row row{
-      "Generic access: ns per call of addVlanToIdx", workload.name, { ratioTo( kDirect, 1.5 ) } };
-   measurePass< Generic >( row, kLibrary, workload );
-   measurePass< Direct >( row, kDirect, workload );
+   const Row row{ "Generic access: ns per call of addVlanToIdx",
+                  workload.name,
+                  { over( kDirect, 8 ), shownBeside( kDirect ) } };
+   measurePasses< Generic >( row, kLibrary, workload );
+   measurePasses< Pass< LibraryIndex > >( row, kDirect, workload );
 }
 
 }   // namespace

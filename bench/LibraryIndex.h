@@ -47,12 +47,13 @@ rangesOf( const MoxVlanMapping::VlanRangeEntryDir& dir ) {
 class LibraryIndex {
  public:
    static constexpr const char* kName = kLibrary;
+   static constexpr const char* kAlone = "index alone";   ///< where it is what others stand beside
 
    void add( Corvel::IntfId intf, Bridging::VlanId vid, Mapping mapping ) {
       mgr_->addVlanToIdx( intf, vid, mapping );
    }
    void del( Corvel::IntfId intf, Bridging::VlanId vid ) { mgr_->deleteVlanFromIdx( intf, vid ); }
-   void touch( Corvel::IntfId intf ) { dir_->vlanRangeEntryIs( intf ); }
+   void of( Corvel::IntfId intf ) { dir_->vlanRangeEntryIs( intf ); }
 
    std::vector< StoredRange > ranges() const { return rangesOf( *dir_ ); }
 

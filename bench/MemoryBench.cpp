@@ -1,58 +1,43 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Bytes per range, and per interface without ranges.
+// Bytes of the heap: what malloc has handed out, its own words and all spare room included. Each
+// figure comes from a forked child, whose heap nobody has used before.
 //
-// Each figure comes from a forked child, whose heap nobody has used before.
-//   library        what Zel::allocationCounts() holds in objects, and the tables of its
-//                  collections. The tables are what the heap grows by when everything is built a
-//                  second time: the cells of all objects lie ready then. Whatever else would be
-//                  kept for later shows in the next column alone.
-//   library, heap  what the heap grew by the first time: with the unused rest of the last chunks
-//   peers          what the heap grew by, the allocator's own words included
-#include <absl/container/btree_set.h>
+//   library         what the content takes where more like it stands: others share the unused rest
+//                   of the last chunks
+//   library, first  what it takes where it is the first
 #include <malloc.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
-#include <set>
+#include <list>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <vector>
 
-#include "MoxVlanMapping/VlanRange.h"
-#include "Zel/AllocationTracker.h"
 #include "bench/LibraryIndex.h"
 #include "bench/Peers.h"
 #include "bench/Report.h"
+#include "bench/SizeOrders.h"
 #include "bench/Workloads.h"
 #include "bench/World.h"
 
 namespace {
 
 using namespace Bench;
-using MoxVlanMapping::VlanRangeXlateMapping;
 
 double
 heapBytes() {
    const struct mallinfo2 heap = mallinfo2();
    return static_cast< double >( heap.uordblks + heap.hblkhd );
-}
-
-double
-objectBytes() {
-   double bytes = 0;
-   for ( const Zel::AllocationCount& count : Zel::allocationCounts() ) {
-      bytes += static_cast< double >( count.bytes );
-   }
-   return bytes;
 }
 
 /// What `measurement` yields in a child of its own.
@@ -82,118 +67,90 @@ inChild( const std::function< double() >& measurement ) {
    return figure;
 }
 
-/// What is stored: the ids of `ids` on each interface, each a range of its own.
+/// What is stored: the ids of `ids` on each interface, each with a mapping of its own.
 struct Content {
-   std::string name;
    std::uint64_t interfaces;
    std::vector< Vid > ids;
 
    /// Ranges, or interfaces when there are none.
    double parts() const {
-      return static_cast< double >( interfaces * ( ids.empty() ? 1 : ids.size() ) );
+      return static_cast< double >( interfaces * std::max< std::size_t >( ids.size(), 1 ) );
    }
 };
 
+/// An index that has stored the content.
+template < class Index >
+struct Stored {
+   Index index;
+
+   explicit Stored( const Content& content ) {
+      for ( std::uint64_t i = 1; i <= content.interfaces; ++i ) {
+         const Corvel::IntfId intf( i );
+         if constexpr ( requires { index.of( intf ); } ) {
+            index.of( intf );   // even without ranges
+         }
+         for ( const Vid vid : content.ids ) {
+            index.add( intf, Bridging::VlanId::fromRaw( vid ), translationTo( 4095u - vid ) );
+         }
+         if constexpr ( requires { index.sort( intf ); } ) {
+            index.sort( intf );
+         }
+      }
+   }
+};
+
+/// Registers what a part of the content takes where it is stored `copies` times already: the mean
+/// of as many copies more, at least one.
 template < class Index >
 void
-fill( Index& index, const Content& content ) {
-   for ( std::uint64_t intf = 1; intf <= content.interfaces; ++intf ) {
-      index.touch( Corvel::IntfId( intf ) );
-      for ( const Vid vid : content.ids ) {
-         index.add( Corvel::IntfId( intf ), Bridging::VlanId::fromRaw( vid ),
-                    Mapping::fromRaw( static_cast< std::uint16_t >( 4095 - vid ) ) );
-      }
-   }
-}
-
-class FilledWorld {
- public:
-   FilledWorld( const Content& content, bool sorted ) {
-      fill( *this, content );
-      for ( std::uint64_t intf = 1; sorted && intf <= content.interfaces; ++intf ) {
-         world_.codef->sortVlanRangeBySize( Corvel::IntfId( intf ) );
-      }
-   }
-   void touch( Corvel::IntfId intf ) { world_.ranges->vlanRangeEntryIs( intf ); }
-   void add( Corvel::IntfId intf, Bridging::VlanId vid, Mapping mapping ) {
-      world_.mgr->addVlanToIdx( intf, vid, mapping );
-   }
-
- private:
-   World world_;
-};
-
-struct LibraryBytes {
-   double held;
-   double heap;
-};
-
-LibraryBytes
-libraryBytes( const Content& content, bool sorted ) {
-   // What there is once per process: slabs' first chunks, the wiring, the heap's own caches.
-   const World other;
-   const double objects = objectBytes();
-   const double heap = heapBytes();
-   auto filled = std::make_unique< FilledWorld >( content, sorted );
-   const double held = objectBytes() - objects;
-   const double grown = heapBytes() - heap;
-   filled.reset();
-   const double empty = heapBytes();
-   filled = std::make_unique< FilledWorld >( content, sorted );
-   return { held + heapBytes() - empty, grown };
-}
-
-/// The size order that a tree's owner would keep beside the index of each interface.
-using StdOrder = std::set< VlanRangeXlateMapping >;
-using AbslOrder = absl::btree_set< VlanRangeXlateMapping >;
-
-template < class Index, class Order >
-double
-peerBytes( const Content& content, bool sorted ) {
-   const double heap = heapBytes();
-   ByInterface< Index > index;
-   fill( index, content );
-   std::vector< Order > orders( sorted ? content.interfaces : 0 );
-   for ( Order& order : orders ) {
-      for ( const Vid vid : content.ids ) {
-         const auto id = Bridging::VlanId::fromRaw( vid );
-         order.insert( VlanRangeXlateMapping( id, id, Mapping::fromRaw( 3001 ) ) );
-      }
-   }
-   return heapBytes() - heap;
-}
-
-void
 measureBytes( const Row& row, const std::string& subject, const Content& content,
-              const std::function< double() >& bytes ) {
+              std::size_t copies = 0 ) {
+   const auto bytes = [ = ] {
+      std::list< Stored< Index > > stored;
+      const auto store = [ & ]( std::size_t count ) {
+         for ( std::size_t copy = 0; copy < count; ++copy ) {
+            stored.emplace_back( content );
+         }
+      };
+      store( copies );
+      const double heap = heapBytes();
+      const std::size_t more = std::max< std::size_t >( copies, 1 );
+      store( more );
+      return ( heapBytes() - heap ) / static_cast< double >( more );
+   };
    measureOnce( row, subject, [ = ] { return inChild( bytes ) / content.parts(); } );
 }
 
+/// As many copies as make what remains of the last chunks small.
+std::size_t
+manyCopies( const Content& content ) {
+   constexpr double kParts = 60000;
+   return tinyRun() ? 1 : static_cast< std::size_t >( std::ceil( kParts / content.parts() ) );
+}
+
+template < class Library, template < class > class Peer >
 void
-addRow( const Row& row, const Content& content, bool sorted ) {
-   measureBytes( row, kLibrary, content, [ = ] { return libraryBytes( content, sorted ).held; } );
-   measureBytes( row, "library, heap", content,
-                 [ = ] { return libraryBytes( content, sorted ).heap; } );
-   const auto peer = [ & ]< class Index, class Order >() {
-      measureBytes( row, Index::kName, content,
-                    [ = ] { return peerBytes< Index, Order >( content, sorted ); } );
-   };
-   peer.operator()< TwoMapsIndex, StdOrder >();
-   peer.operator()< TreeIndex< StdTree >, StdOrder >();
-   peer.operator()< IclIndex, StdOrder >();
-   peer.operator()< TreeIndex< AbslTree >, AbslOrder >();
-   peer.operator()< SortedVectorIndex, AbslOrder >();
-   peer.operator()< FlatIndex, AbslOrder >();
+addRow( const Row& row, const Content& content ) {
+   measureBytes< Library >( row, kLibrary, content, manyCopies( content ) );
+   measureBytes< Library >( row, "library, first", content );
+   forEachPeer(
+      [ & ]< class Index >() { measureBytes< Peer< Index > >( row, Index::kName, content ); } );
+}
+
+void
+addIndexRow( const std::string& group, const std::string& name, const Content& content,
+             double limit ) {
+   addRow< LibraryIndex, ByInterface >( { group, name, { atMost( limit ) } }, content );
 }
 
 // Without and with the size order.
 void
-addRows( const Content& content, double unsortedLimit, double sortedLimit ) {
+addRows( const std::string& name, const Content& content, double unsortedLimit,
+         double sortedLimit ) {
    const std::string group = "Memory: bytes per range";
-   addRow( { group, content.name + ", without size order", { atMost( unsortedLimit ) } }, content,
-           false );
-   addRow( { group, content.name + ", with size order", { atMost( sortedLimit ) } }, content,
-           true );
+   addIndexRow( group, name + ", without size order", content, unsortedLimit );
+   addRow< SortedWorld, SortedPeer >(
+      { group, name + ", with size order", { atMost( sortedLimit ) } }, content );
 }
 
 /// `count` ids spread over all, in random order.
@@ -213,16 +170,20 @@ drawIds( std::size_t count ) {
 void
 Bench::addRows() {
    const auto many = []( std::uint64_t interfaces ) { return tinyRun() ? 16 : interfaces; };
-   const auto named = []( std::uint64_t interfaces, std::size_t ranges ) {
-      const std::string noun = interfaces == 1 ? " interface x " : " interfaces x ";
-      return std::to_string( interfaces ) + noun + std::to_string( ranges ) + " ranges";
-   };
-   ::addRows( { "4,094 single ids", 1, drawIds( Bridging::VlanId::kHighest ) }, 116, 174 );
-   ::addRows( { named( many( 1024 ), 16 ), many( 1024 ), drawIds( 16 ) }, 120, 186 );
-   addRow( { "Memory: bytes per interface", "without ranges", { atMost( 400 ) } },
-           { "", many( 1024 ), {} }, false );
+   ::addRows( "4,094 single ids", { 1, drawIds( Bridging::VlanId::kHighest ) }, 24, 48 );
+   ::addRows( textOf( many( 1024 ), "interface" ) + " x 16 ranges, entries included",
+              { many( 1024 ), drawIds( 16 ) }, 45, 75 );
+   addIndexRow( "Memory: bytes per interface", "without ranges", { many( 1024 ), {} }, 400 );
    for ( const std::uint64_t interfaces : { 1u, 64u, 1024u, 4096u } ) {
-      addRow( { "Growth: bytes per range", named( interfaces, 256 ), {} },
-              { "", many( interfaces ), drawIds( 256 ) }, false );
+      addIndexRow( "Growth: bytes per range",
+                   textOf( many( interfaces ), "interface" ) + " x 256 ranges far apart",
+                   { many( interfaces ), drawIds( 256 ) }, 30 );
    }
+   const Content mappings{ many( 64 ), drawIds( 3000 ) };
+   const Row row{ "Memory: bytes per mapping",
+                  textOf( mappings.interfaces, "interface" ) +
+                     " x 3,000 ids, configuration and delivery",
+                  { over( LibraryIndex::kAlone, 110 ) } };
+   measureBytes< ConfiguredWorld >( row, kLibrary, mappings, manyCopies( mappings ) );
+   measureBytes< LibraryIndex >( row, LibraryIndex::kAlone, mappings, manyCopies( mappings ) );
 }

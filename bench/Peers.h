@@ -60,19 +60,25 @@ struct StoredRange {
    friend auto operator<=>( const StoredRange&, const StoredRange& ) = default;
 };
 
-/// The index of all interfaces over that of one.
+/// The index of all interfaces over that of one. Remembers the interface of the last call, as a user
+/// would.
 template < class OneInterface >
 class ByInterface {
  public:
    static constexpr const char* kName = OneInterface::kName;
 
+   ByInterface() = default;
+   ByInterface( ByInterface&& ) = default;   // and no copy: last_ points into interfaces_
+
    void add( Corvel::IntfId intf, Bridging::VlanId vid, Mapping mapping ) {
-      interfaces_[ intf.value() ].add( vid.value(), mapping );
+      of( intf ).add( vid.value(), mapping );
    }
-   void del( Corvel::IntfId intf, Bridging::VlanId vid ) {
-      interfaces_[ intf.value() ].del( vid.value() );
+   void del( Corvel::IntfId intf, Bridging::VlanId vid ) { of( intf ).del( vid.value() ); }
+
+   /// The interface's index; an empty one is made when there is none.
+   OneInterface& of( Corvel::IntfId intf ) {
+      return last_ && last_->first == intf.value() ? last_->second : search( intf.value() );
    }
-   void touch( Corvel::IntfId intf ) { interfaces_[ intf.value() ]; }
 
    std::vector< StoredRange > ranges() const {
       std::vector< StoredRange > all;
@@ -86,7 +92,15 @@ class ByInterface {
    }
 
  private:
-   std::unordered_map< std::uint64_t, OneInterface > interfaces_;
+   using Interfaces = std::unordered_map< std::uint64_t, OneInterface >;
+
+   OneInterface& search( std::uint64_t intf ) {
+      last_ = &*interfaces_.try_emplace( intf ).first;
+      return last_->second;
+   }
+
+   Interfaces interfaces_;
+   typename Interfaces::value_type* last_ = nullptr;
 };
 
 struct HighAndMapping {
@@ -379,5 +393,24 @@ class FlatIndex {
    };
    std::unique_ptr< Table > table_ = std::make_unique< Table >();
 };
+
+/// The containers that goals speak of: calls visit.operator()< Index >() with each.
+template < class Visit >
+void
+forEachContainer( const Visit& visit ) {
+   visit.template operator()< TreeIndex< StdTree > >();
+   visit.template operator()< IclIndex >();
+   visit.template operator()< TreeIndex< AbslTree > >();
+   visit.template operator()< SortedVectorIndex >();
+}
+
+/// These, and the two that show what the structures cost done naively and without any search.
+template < class Visit >
+void
+forEachPeer( const Visit& visit ) {
+   forEachContainer( visit );
+   visit.template operator()< TwoMapsIndex >();
+   visit.template operator()< FlatIndex >();
+}
 
 }   // namespace Bench

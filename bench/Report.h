@@ -31,16 +31,22 @@ inline constexpr const char* kLibrary = "library";
 struct Goal {
    enum class Kind { Ratio, Difference, Absolute };
    Kind kind;
-   std::string against;   ///< another subject of the row; none for an absolute one
-   double limit;          ///< the largest that is good enough
+   /// Other subjects of the row, of which the least figure counts; none for an absolute one.
+   std::vector< std::string > against;
+   double limit;   ///< the largest that is good enough
 };
 
 /// The library's figure divided by that of `against`.
 inline Goal
 ratioTo( const std::string& against, double limit ) {
-   return { Goal::Kind::Ratio, against, limit };
+   return { Goal::Kind::Ratio, { against }, limit };
 }
-/// The same without a limit: shown, and good as it is.
+/// The library's figure divided by the least of several: below that of each of them.
+inline Goal
+belowBest( const std::vector< std::string >& peers ) {
+   return { Goal::Kind::Ratio, peers, 1.00 };
+}
+/// The library's figure divided by that of `against` without a limit: shown, and good as it is.
 inline Goal
 shownBeside( const std::string& against ) {
    return ratioTo( against, std::numeric_limits< double >::infinity() );
@@ -48,12 +54,12 @@ shownBeside( const std::string& against ) {
 /// The library's figure minus that of `against`.
 inline Goal
 over( const std::string& against, double limit ) {
-   return { Goal::Kind::Difference, against, limit };
+   return { Goal::Kind::Difference, { against }, limit };
 }
 /// The library's figure itself.
 inline Goal
 atMost( double limit ) {
-   return { Goal::Kind::Absolute, "", limit };
+   return { Goal::Kind::Absolute, {}, limit };
 }
 
 struct Row {

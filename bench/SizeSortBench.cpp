@@ -1,27 +1,26 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// One rebuild of an interface's size order against clearing and refilling a tree: ns per sort.
+// Size order: ns per interface.
 //
-// A pass sorts a few interfaces, one after the other, whose ranges are drawn for it and were sorted
-// before, untimed; so is the change between the two sorts. The trees read their ranges from a
-// std::map by start. The orders are compared before anything is timed.
-#include <absl/container/btree_set.h>
-
+// A pass takes a few interfaces, one after the other, whose ranges are drawn for it and were sorted
+// before, untimed; so is the change between the two sorts. First what a user pays: the ranges came
+// in random order, and whoever has them sorted reads each, from the largest to the smallest. Then
+// the sort alone of ranges that came, and so lie in memory, in ascending order.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <map>
+#include <limits>
 #include <numeric>
-#include <set>
 #include <stdexcept>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "MoxVlanMapping/VlanRange.h"
+#include "bench/Peers.h"
 #include "bench/Report.h"
+#include "bench/SizeOrders.h"
 #include "bench/Workloads.h"
 #include "bench/World.h"
 
@@ -29,34 +28,36 @@ namespace {
 
 using namespace Bench;
 using Bridging::VlanId;
-using Bridging::VlanXlateMapping;
 using Corvel::IntfId;
-using MoxVlanMapping::VlanRangeXlateMapping;
 
 using Ranges = std::vector< VlanRangeXlateMapping >;
 
 enum class Between { Nothing, OneChange, Forgotten };
+enum class Road { RandomWalked, AscendingAlone };
 
 struct Case {
-   std::size_t ranges;
+   Road road;
    std::size_t interfaces;
+   std::size_t ranges;
    Between between;
-   std::vector< Goal > goals;
+   double limit;   // times std::set
 };
 
-std::string
-rowName( const Case& row ) {
-   const std::string ranges =
-      std::to_string( row.ranges ) + ( row.ranges == 1 ? " range" : " ranges" );
-   switch ( row.between ) {
-   case Between::Nothing:
-      return ranges + ", unchanged";
-   case Between::OneChange:
-      return ranges + ", after one add or delete";
-   case Between::Forgotten:
-      return ranges + ", first sort";
+Row
+rowOf( const Case& what ) {
+   const bool isWalked = what.road == Road::RandomWalked;
+   Row row{ isWalked ? "Size sort and walk, loaded in random order: ns per interface"
+                     : "Size sort alone, loaded in ascending order: ns per interface",
+            textOf( what.interfaces, "interface" ) + " x " + textOf( what.ranges, "range" ) +
+               ( what.between == Between::Nothing     ? ", unchanged"
+                 : what.between == Between::OneChange ? ", after one add or delete"
+                                                      : ", first sort" ),
+            { ratioTo( StdSetOrder::kName, what.limit ) } };
+   if ( isWalked ) {
+      row.goals.push_back(
+         belowBest( { StdSetOrder::kName, BtreeSetOrder::kName, SortedVectorOrder::kName } ) );
    }
-   return ranges;
+   return row;
 }
 
 VlanId
@@ -64,12 +65,7 @@ idOf( std::size_t number ) {
    return VlanId::fromRaw( static_cast< std::uint16_t >( number ) );
 }
 
-VlanXlateMapping
-translationTo( std::size_t vlan ) {
-   return VlanXlateMapping::fromRaw( static_cast< std::uint16_t >( vlan ) );
-}
-
-/// Ranges that begin and end anywhere, and an id that none of them holds.
+/// Ranges that begin and end anywhere, and an id that none holds.
 struct Draw {
    Ranges ranges;
    VlanId free;
@@ -96,125 +92,68 @@ drawRanges( std::size_t count, Random& random ) {
    return draw;
 }
 
-class LibrarySort {
- public:
-   static constexpr const char* kName = kLibrary;
-
-   void store( IntfId intf, const VlanRangeXlateMapping& range ) {
-      const auto entry = world_.ranges->vlanRangeEntryIs( intf );
-      entry->vlanIdRangeIs( range );
-      entry->revSortedStartVidIs( range.lowVid().value(), true );
-   }
-   void add( IntfId intf, VlanId vid, VlanXlateMapping mapping ) {
-      world_.mgr->addVlanToIdx( intf, vid, mapping );
-   }
-   void del( IntfId intf, VlanId vid ) { world_.mgr->deleteVlanFromIdx( intf, vid ); }
-   void sort( IntfId intf ) { world_.codef->sortVlanRangeBySize( intf ); }
-   void forget( IntfId intf ) {
-      world_.codef->vlanXlateScaleEntryDir()->vlanXlateScaleEntryDel( intf );
-   }
-
-   Ranges order( IntfId intf ) const {
-      Ranges order;
-      const auto entry = world_.codef->vlanXlateScaleEntryDir()->vlanXlateScaleEntry( intf );
-      for ( const auto& element : entry->vidRangeSorted() ) {
-         order.push_back( element.key() );
-      }
-      return order;
-   }
-
- private:
-   World world_;
-};
-
-using StdOrder = std::set< VlanRangeXlateMapping >;
-using AbslOrder = absl::btree_set< VlanRangeXlateMapping >;
-
-template < class Order >
-struct OrderName {
-   static constexpr const char* value = "std::set";
-};
-template <>
-struct OrderName< AbslOrder > {
-   static constexpr const char* value = "btree_set";
-};
-
-template < class Order >
-class TreeSort {
- public:
-   static constexpr const char* kName = OrderName< Order >::value;
-
-   void store( IntfId intf, const VlanRangeXlateMapping& range ) {
-      interfaces_[ intf.value() ].ranges.emplace( range.lowVid().value(), range );
-   }
-   // Joins nothing: the mapping is one that no other range has.
-   void add( IntfId intf, VlanId vid, VlanXlateMapping mapping ) {
-      store( intf, { vid, vid, mapping } );
-   }
-   void del( IntfId intf, VlanId vid ) { interfaces_[ intf.value() ].ranges.erase( vid.value() ); }
-   void sort( IntfId intf ) {
-      Interface& sorted = interfaces_[ intf.value() ];
-      sorted.order.clear();
-      for ( const auto& [ low, range ] : sorted.ranges ) {
-         sorted.order.insert( range );
-      }
-   }
-   void forget( IntfId intf ) { interfaces_[ intf.value() ].order = Order(); }
-
-   Ranges order( IntfId intf ) const {
-      const Order& order = interfaces_.at( intf.value() ).order;
-      return { order.begin(), order.end() };
-   }
-
- private:
-   struct Interface {
-      std::map< std::uint16_t, VlanRangeXlateMapping > ranges;
-      Order order;
-   };
-   std::unordered_map< std::uint64_t, Interface > interfaces_;
-};
-
 /// Interfaces with ranges of their own, sorted once.
-template < class Sort >
+template < class Sorter >
 class Sorted {
  public:
-   Sorted( const Case& row, Random& random ) {
-      for ( std::size_t i = 0; i < row.interfaces; ++i ) {
-         draws_.push_back( drawRanges( row.ranges, random ) );
-         for ( const VlanRangeXlateMapping& range : draws_.back().ranges ) {
-            sort_.store( intf( i ), range );
+   Sorted( const Case& what, Random& random ) : isWalked_( what.road == Road::RandomWalked ) {
+      std::vector< std::pair< std::size_t, std::size_t > > order;   // interface, its range
+      for ( std::size_t i = 0; i < what.interfaces; ++i ) {
+         draws_.push_back( drawRanges( what.ranges, random ) );
+         for ( std::size_t range = 0; range < what.ranges; ++range ) {
+            order.emplace_back( i, range );
+         }
+      }
+      if ( what.road == Road::RandomWalked ) {
+         std::ranges::shuffle( order, random );
+      }
+      for ( const auto& [ i, number ] : order ) {
+         const VlanRangeXlateMapping& range = draws_[ i ].ranges[ number ];
+         for ( std::size_t vid = range.lowVid().value(); vid <= range.highVid().value(); ++vid ) {
+            sorter_.add( intf( i ), idOf( vid ), range.mapping() );
          }
       }
       ( *this )();
    }
 
+   // Joins nothing: the mapping is one that no other range has.
    void addOne() {
       for ( std::size_t i = 0; i < draws_.size(); ++i ) {
-         sort_.add( intf( i ), draws_[ i ].free, translationTo( 3003 ) );
+         sorter_.add( intf( i ), draws_[ i ].free, translationTo( 3003 ) );
       }
    }
    void deleteOne() {
       for ( std::size_t i = 0; i < draws_.size(); ++i ) {
-         sort_.del( intf( i ), draws_[ i ].free );
+         sorter_.del( intf( i ), draws_[ i ].free );
       }
    }
    void forget() {
       for ( std::size_t i = 0; i < draws_.size(); ++i ) {
-         sort_.forget( intf( i ) );
+         sorter_.forget( intf( i ) );
       }
    }
 
    std::size_t operator()() {
       for ( std::size_t i = 0; i < draws_.size(); ++i ) {
-         sort_.sort( intf( i ) );
+         sorter_.sort( intf( i ) );
+         if ( isWalked_ ) {
+            std::uint64_t sum = 0;
+            sorter_.walk( intf( i ), [ & ]( const VlanRangeXlateMapping& range ) {
+               sum = sum * 3 + range.lowVid().value() + range.highVid().value() +
+                     bitsOf( range.mapping() );
+            } );
+            benchmark::DoNotOptimize( sum );
+         }
       }
       return draws_.size();
    }
 
-   std::vector< Ranges > orders() const {
-      std::vector< Ranges > orders;
+   std::vector< Ranges > orders() {
+      std::vector< Ranges > orders( draws_.size() );
       for ( std::size_t i = 0; i < draws_.size(); ++i ) {
-         orders.push_back( sort_.order( intf( i ) ) );
+         sorter_.walk( intf( i ), [ & ]( const VlanRangeXlateMapping& range ) {
+            orders[ i ].push_back( range );
+         } );
       }
       return orders;
    }
@@ -223,41 +162,37 @@ class Sorted {
    static IntfId intf( std::size_t i ) { return IntfId( i + 1 ); }
 
    std::vector< Draw > draws_;
-   Sort sort_;
+   Sorter sorter_;
+   bool isWalked_;
 };
 
-// After the first sort, after one more id, without it again.
-template < class Sort >
+// After the first sort, after one more id, without it again, after a first sort once more.
+template < class Sorter >
 std::vector< std::vector< Ranges > >
-someOrders( const Case& row ) {
+someOrders( const Case& what ) {
    Random random( 4 );
-   Sorted< Sort > sorted( row, random );
+   Sorted< Sorter > sorted( what, random );
    std::vector< std::vector< Ranges > > orders{ sorted.orders() };
+   const auto sortAgain = [ & ] {
+      sorted();
+      orders.push_back( sorted.orders() );
+   };
    sorted.addOne();
-   sorted();
-   orders.push_back( sorted.orders() );
+   sortAgain();
    sorted.deleteOne();
-   sorted();
-   orders.push_back( sorted.orders() );
+   sortAgain();
+   sorted.forget();
+   sortAgain();
    return orders;
 }
 
-void
-requireSameOrders( const Case& row ) {
-   const auto library = someOrders< LibrarySort >( row );
-   if ( library != someOrders< TreeSort< StdOrder > >( row ) ||
-        library != someOrders< TreeSort< AbslOrder > >( row ) ) {
-      throw std::runtime_error( rowName( row ) + ": library and trees sort differently" );
-   }
-}
-
-template < class Sort >
+template < class Sorter >
 void
 measureSort( const Row& row, const Case& what ) {
-   measure( row, Sort::kName, [ what, random = Random( 5 ) ]( benchmark::State& state ) mutable {
+   measure( row, Sorter::kName, [ what, random = Random( 5 ) ]( benchmark::State& state ) mutable {
       bool odd = false;
       return nanosecondsPerOperation( state, [ & ] {
-         Sorted< Sort > sorted( what, random );
+         Sorted< Sorter > sorted( what, random );
          if ( what.between == Between::Forgotten ) {
             sorted.forget();
          } else if ( what.between == Between::OneChange ) {
@@ -275,28 +210,44 @@ measureSort( const Row& row, const Case& what ) {
 
 void
 addRow( const Case& what ) {
-   requireSameOrders( what );
-   const Row row{ "Size sort: ns per sort of one interface", rowName( what ), what.goals };
-   measureSort< LibrarySort >( row, what );
-   measureSort< TreeSort< StdOrder > >( row, what );
-   measureSort< TreeSort< AbslOrder > >( row, what );
-}
-
-// Goals against std::set; of a first sort there is none, as nodes must be fetched.
-void
-addRows( std::size_t ranges, std::size_t interfaces, double unchanged, double changed ) {
-   const auto goal = []( double limit ) { return std::vector{ ratioTo( "std::set", limit ) }; };
-   addRow( { ranges, interfaces, Between::Nothing, goal( unchanged ) } );
-   addRow( { ranges, interfaces, Between::OneChange, goal( changed ) } );
-   addRow( { ranges, interfaces, Between::Forgotten, { shownBeside( "std::set" ) } } );
+   const Row row = rowOf( what );
+   const auto orders = someOrders< SortedWorld >( what );
+   measureSort< SortedWorld >( row, what );
+   const auto peer = [ & ]< class Index >() {
+      if ( someOrders< SortedPeer< Index > >( what ) != orders ) {
+         throw std::runtime_error( row.name + ", " + SortedPeer< Index >::kName +
+                                   ": another order than the library's" );
+      }
+      measureSort< SortedPeer< Index > >( row, what );
+   };
+   peer.operator()< TreeIndex< StdTree > >();
+   peer.operator()< TreeIndex< AbslTree > >();
+   peer.operator()< SortedVectorIndex >();
 }
 
 }   // namespace
 
 void
 Bench::addRows() {
-   ::addRows( 1, 64, 1.00, 1.00 );
-   ::addRows( 16, 64, 0.40, 0.40 );
-   ::addRows( 256, 16, 0.15, 0.20 );
-   ::addRows( 2047, 2, 0.15, 0.20 );
+   constexpr double kShown = std::numeric_limits< double >::infinity();
+   const std::size_t many = tinyRun() ? 8 : 1024;
+   const auto addWalked = []( std::size_t interfaces, std::size_t ranges, double changed ) {
+      addRow( { Road::RandomWalked, interfaces, ranges, Between::OneChange, changed } );
+      addRow( { Road::RandomWalked, interfaces, ranges, Between::Forgotten, kShown } );
+   };
+   addWalked( 64, 1, 0.90 );
+   addWalked( 64, 16, 0.35 );
+   addWalked( 16, 256, 0.09 );
+   addWalked( 2, 2047, 0.07 );
+   addWalked( many, 12, 0.40 );
+   const auto addAlone = []( std::size_t interfaces, std::size_t ranges, double unchanged,
+                             double changed ) {
+      addRow( { Road::AscendingAlone, interfaces, ranges, Between::Nothing, unchanged } );
+      addRow( { Road::AscendingAlone, interfaces, ranges, Between::OneChange, changed } );
+      addRow( { Road::AscendingAlone, interfaces, ranges, Between::Forgotten, kShown } );
+   };
+   addAlone( 64, 1, 1.00, 1.00 );
+   addAlone( 64, 16, 0.40, 0.40 );
+   addAlone( 16, 256, 0.15, 0.20 );
+   addAlone( 2, 2047, 0.15, 0.20 );
 }

@@ -38,14 +38,28 @@ ratioText( double ratio ) {
    return text;
 }
 
-/// How the library stands to a goal; none when a filter left one of the two out.
+/// The least figure of those that a goal names; none when a filter left one of them out.
+std::optional< double >
+leastOf( const RowFigures& row, const Goal& goal ) {
+   std::optional< double > least;
+   for ( const std::string& subject : goal.against ) {
+      const std::optional< double > figure = medianOf( row, subject );
+      if ( !figure ) {
+         return std::nullopt;
+      }
+      least = std::min( least.value_or( *figure ), *figure );
+   }
+   return least;
+}
+
+/// How the library stands to a goal; none when a filter left out one that it takes.
 std::optional< double >
 reached( const RowFigures& row, const Goal& goal ) {
    const std::optional< double > library = medianOf( row, kLibrary );
    if ( goal.kind == Goal::Kind::Absolute ) {
       return library;
    }
-   const std::optional< double > other = medianOf( row, goal.against );
+   const std::optional< double > other = leastOf( row, goal );
    if ( !library || !other ) {
       return std::nullopt;
    }
@@ -54,11 +68,14 @@ reached( const RowFigures& row, const Goal& goal ) {
 
 std::string
 goalTitle( const Goal& goal ) {
+   const auto against = [ & ] {
+      return goal.against.size() == 1 ? goal.against.front() : std::string( "best peer" );
+   };
    switch ( goal.kind ) {
    case Goal::Kind::Ratio:
-      return "x " + goal.against;
+      return "x " + against();
    case Goal::Kind::Difference:
-      return "over " + goal.against;
+      return "over " + against();
    case Goal::Kind::Absolute:
       return "held against";
    }
@@ -195,7 +212,7 @@ chartOf( const std::vector< RowFigures >& rows ) {
    int y = 24;
    for ( const RowFigures& row : rows ) {
       const auto goal = std::ranges::find( row.row.goals, Goal::Kind::Ratio, &Goal::kind );
-      const auto base = goal == row.row.goals.end() ? std::nullopt : medianOf( row, goal->against );
+      const auto base = goal == row.row.goals.end() ? std::nullopt : leastOf( row, *goal );
       if ( !base ) {
          continue;
       }

@@ -19,11 +19,6 @@ using Ids = std::vector< std::uint16_t >;
 using MappingOf = std::function< VlanXlateMapping( std::uint16_t ) >;
 
 VlanXlateMapping
-translationTo( std::size_t vlan ) {
-   return VlanXlateMapping::fromRaw( static_cast< std::uint16_t >( vlan ) );
-}
-
-VlanXlateMapping
 theSame( std::uint16_t ) {
    return translationTo( 3001 );
 }
@@ -79,6 +74,12 @@ deleteInRandomOrder( const std::string& name, const MappingOf& mapping ) {
 struct Clusters {
    Ids ids;
    std::array< VlanXlateMapping, VlanId::kHighest + 1 > mapping{};
+
+   /// One for each id, in random order.
+   std::vector< Operation > drawOperations( Random& random, bool isAdd ) const {
+      return operations(
+         shuffled( ids, random ), [ & ]( std::uint16_t vid ) { return mapping[ vid ]; }, isAdd );
+   }
 };
 
 // Runs of 1 to 15 ids until there are 2,000, each of one of 8 mappings, some side by side.
@@ -101,7 +102,31 @@ drawClusters( Random& random ) {
    return clusters;
 }
 
+constexpr std::size_t kBlocks = 16;
+constexpr std::size_t kBlockIds = 16;
+
+std::string
+blocksName( std::uint64_t interfaces ) {
+   return textOf( interfaces, "interface" ) + " x 16 blocks of 16 ids, ";
+}
+
+/// Adds one id of a block; each block of an interface has a mapping of its own.
+Operation
+blockOperation( std::uint64_t intf, std::size_t block, std::size_t id ) {
+   return operation( intf + 1, 100u + block * 200u + id, translationTo( 3001u + block ), true );
+}
+
 }   // namespace
+
+VlanXlateMapping
+translationTo( std::size_t vlan ) {
+   return VlanXlateMapping::fromRaw( static_cast< std::uint16_t >( vlan ) );
+}
+
+std::string
+textOf( std::uint64_t count, const std::string& noun ) {
+   return std::to_string( count ) + " " + noun + ( count == 1 ? "" : "s" );
+}
 
 Workload
 sequentialAdd() {
@@ -139,16 +164,20 @@ distinctDelete() {
 }
 
 Workload
-churn() {
-   return { "churn: 2,000 ids in runs over 8 mappings", []( Random& random ) {
+churnLoad() {
+   return { "churn, 2,000 ids in runs over 8 mappings: loading", []( Random& random ) {
+              const Clusters clusters = drawClusters( random );
+              return Script{ {}, clusters.drawOperations( random, true ) };
+           } };
+}
+
+Workload
+churnChange() {
+   return { "churn, 2,000 ids in runs over 8 mappings: changing", []( Random& random ) {
               constexpr std::size_t kAway = 64;   // ids between a deletion and the addition
               const Clusters clusters = drawClusters( random );
-              const MappingOf mapping = [ & ]( std::uint16_t vid ) {
-                 return clusters.mapping[ vid ];
-              };
-              const std::vector< Operation > away =
-                 operations( shuffled( clusters.ids, random ), mapping, false );
-              Script script{ operations( shuffled( clusters.ids, random ), mapping, true ), {} };
+              Script script{ clusters.drawOperations( random, true ), {} };
+              const std::vector< Operation > away = clusters.drawOperations( random, false );
               for ( std::size_t i = 0; i < away.size() + kAway; ++i ) {
                  if ( i < away.size() ) {
                     script.timed.push_back( away[ i ] );
@@ -164,34 +193,46 @@ churn() {
 
 Workload
 roundRobinAdd( std::uint64_t interfaces ) {
-   return { std::to_string( interfaces ) + " interfaces x 16 blocks of 16 ids: add",
-            [ = ]( Random& random ) {
-               constexpr std::size_t kBlocks = 16;
-               constexpr std::size_t kBlockIds = 16;
-               Ids ascending( kBlocks );
-               std::iota( ascending.begin(), ascending.end(), std::uint16_t{ 0 } );
-               std::vector< Ids > blocks;   // of each interface, in the order in which they come
-               for ( std::uint64_t intf = 0; intf < interfaces; ++intf ) {
-                  blocks.push_back( shuffled( ascending, random ) );
-               }
-               Script script;
-               script.timed.reserve( kBlocks * kBlockIds * interfaces );
-               for ( std::size_t step = 0; step < kBlocks * kBlockIds; ++step ) {
-                  for ( std::uint64_t intf = 0; intf < interfaces; ++intf ) {
-                     const std::uint16_t block = blocks[ intf ][ step / kBlockIds ];
-                     script.timed.push_back( operation( intf + 1,
-                                                        100u + block * 200u + step % kBlockIds,
-                                                        translationTo( 3001u + block ), true ) );
-                  }
-               }
-               return script;
-            } };
+   return { blocksName( interfaces ) + "interfaces in turn: add", [ = ]( Random& random ) {
+              Ids ascending( kBlocks );
+              std::iota( ascending.begin(), ascending.end(), std::uint16_t{ 0 } );
+              std::vector< Ids > blocks;   // of each interface, in the order in which they come
+              for ( std::uint64_t intf = 0; intf < interfaces; ++intf ) {
+                 blocks.push_back( shuffled( ascending, random ) );
+              }
+              Script script;
+              script.timed.reserve( kBlocks * kBlockIds * interfaces );
+              for ( std::size_t step = 0; step < kBlocks * kBlockIds; ++step ) {
+                 for ( std::uint64_t intf = 0; intf < interfaces; ++intf ) {
+                    script.timed.push_back( blockOperation(
+                       intf, blocks[ intf ][ step / kBlockIds ], step % kBlockIds ) );
+                 }
+              }
+              return script;
+           } };
+}
+
+Workload
+randomBlocksAdd( std::uint64_t interfaces ) {
+   return { blocksName( interfaces ) + "blocks in random order: add", [ = ]( Random& random ) {
+              std::vector< std::uint64_t > blocks( kBlocks * interfaces );
+              std::iota( blocks.begin(), blocks.end(), std::uint64_t{ 0 } );
+              std::ranges::shuffle( blocks, random );
+              Script script;
+              script.timed.reserve( kBlockIds * blocks.size() );
+              for ( const std::uint64_t block : blocks ) {
+                 for ( std::size_t id = 0; id < kBlockIds; ++id ) {
+                    script.timed.push_back(
+                       blockOperation( block / kBlocks, block % kBlocks, id ) );
+                 }
+              }
+              return script;
+           } };
 }
 
 Workload
 growthAdd( std::uint64_t interfaces ) {
-   const std::string noun = interfaces == 1 ? " interface" : " interfaces";
-   return { std::to_string( interfaces ) + noun + " x 1,024 ids", [ = ]( Random& random ) {
+   return { textOf( interfaces, "interface" ) + " x 1,024 ids", [ = ]( Random& random ) {
               constexpr std::size_t kIds = 1024;
               constexpr std::size_t kRun = 4;
               constexpr std::size_t kStep = 13;   // from the start of a run to the next

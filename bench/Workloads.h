@@ -39,6 +39,12 @@ struct Workload {
    std::function< Script( Random& ) > draw;
 };
 
+/// The mapping that translates to `vlan`.
+Bridging::VlanXlateMapping translationTo( std::size_t vlan );
+
+/// "1 range", "16 ranges".
+std::string textOf( std::uint64_t count, const std::string& noun );
+
 /// All ids of one interface in ascending order, one mapping.
 Workload sequentialAdd();
 Workload sequentialDelete();
@@ -48,11 +54,15 @@ Workload randomDelete();
 /// The same with a mapping of its own for every id.
 Workload distinctAdd();
 Workload distinctDelete();
-/// 2,000 ids of one interface in runs over 8 mappings: ids go and come back a little later.
-Workload churn();
+/// 2,000 ids of one interface in runs over 8 mappings: all come in random order; then ids go and
+/// come back a little later.
+Workload churnLoad();
+Workload churnChange();
 /// 16 blocks of 16 ids on each of `interfaces` interfaces, each with its own order of blocks: one
 /// id of each interface in turn, the next id of an interface behind its last one.
 Workload roundRobinAdd( std::uint64_t interfaces );
+/// The same blocks of all interfaces in random order, one whole block after the other.
+Workload randomBlocksAdd( std::uint64_t interfaces );
 /// 1,024 ids in runs of four on each of `interfaces` interfaces: interfaces in turn, each with its
 /// own random order.
 Workload growthAdd( std::uint64_t interfaces );

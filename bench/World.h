@@ -1,7 +1,8 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// World: everything between the VLAN configuration and the sorted ranges, as an agent wires it.
+// World: everything between the VLAN configuration and the sorted ranges, as an agent wires it, and
+// the forms in which it is put through workloads.
 //
 // Threads  One.
 #pragma once
@@ -15,6 +16,7 @@
 #include "Quen/TaskScheduler.h"
 #include "Zel/Clock.h"
 #include "Zel/NewEntity.h"
+#include "bench/Report.h"
 
 namespace Bench {
 
@@ -46,6 +48,44 @@ struct World {
    Zel::Ptr< MoxVlanMapping::VlanMappingScaleSlaveSm > stateMachine =
       MoxVlanMapping::vlanMappingScaleSlaveSmFactory( acsd, clock, nullptr, nullptr, ranges,
                                                       schedule );
+};
+
+/// Operations are writes into the configuration, of which nothing is delivered.
+struct WrittenWorld : World {
+   void add( Corvel::IntfId intf, Bridging::VlanId vid, Bridging::VlanXlateMapping mapping ) {
+      acsd->ingressConfigDir()->configIs( Mox::MoxVlanMappingConfig( { intf, vid }, mapping ) );
+   }
+   void del( Corvel::IntfId intf, Bridging::VlanId vid ) {
+      acsd->ingressConfigDir()->configDel( { intf, vid } );
+   }
+};
+
+/// A mapping has reached the index when its write returns, and its interface is marked in the
+/// schedule.
+struct ConfiguredWorld : WrittenWorld {
+   ConfiguredWorld() { stateMachine->handleInitialized(); }
+};
+
+/// Operations are calls of the range manager; interfaces are sorted and walked.
+struct SortedWorld : World {
+   static constexpr const char* kName = kLibrary;
+
+   void add( Corvel::IntfId intf, Bridging::VlanId vid, Bridging::VlanXlateMapping mapping ) {
+      mgr->addVlanToIdx( intf, vid, mapping );
+   }
+   void del( Corvel::IntfId intf, Bridging::VlanId vid ) { mgr->deleteVlanFromIdx( intf, vid ); }
+   void sort( Corvel::IntfId intf ) { codef->sortVlanRangeBySize( intf ); }
+   void forget( Corvel::IntfId intf ) {
+      codef->vlanXlateScaleEntryDir()->vlanXlateScaleEntryDel( intf );
+   }
+   /// As a programmer of hardware does, from the largest range to the smallest.
+   template < class Visit >
+   void walk( Corvel::IntfId intf, const Visit& visit ) {
+      const auto entry = codef->vlanXlateScaleEntryDir()->vlanXlateScaleEntry( intf );
+      for ( auto at = entry->vidRangeSorted().first(); at; ++at ) {
+         visit( at->key() );
+      }
+   }
 };
 
 }   // namespace Bench
