@@ -24,6 +24,7 @@
 #include "Mox/VlanMappingSlaveSm.h"
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Zel/Clock.h"
 #include "Zel/Export.h"
 #include "Zel/Ptr.h"

@@ -37,6 +37,7 @@
 #include "MoxVlanMapping/SizeSort.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
 #include "MoxVlanMapping/VlanXlateScaleEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Quen/Task.h"
 #include "Quen/TaskScheduler.h"
 #include "Zel/Export.h"

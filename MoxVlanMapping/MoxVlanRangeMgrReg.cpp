@@ -8,6 +8,7 @@
 #include "MoxVlanMapping/MoxVlanRangeMgr.h"
 #include "MoxVlanMapping/VlanRange.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Zel/TypeModule.h"
 #include "Zel/TypeTable.h"
 

@@ -1,7 +1,7 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// VlanRangeEntry, VlanRangeEntryDir, VlanXlateScheduleDir: the store of the range index.
+// VlanRangeEntry, VlanRangeEntryDir: the store of the range index.
 //
 // Policy      None: the range manager decides what to store and keeps an entry's two collections
 //             in step. Nothing here removes an entry once it is made, though it may be empty.
@@ -17,7 +17,6 @@
 #include "MoxVlanMapping/VlanRange.h"
 #include "Zel/Export.h"
 #include "Zel/HashMap2018.h"
-#include "Zel/Notifiee.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
 #include "Zel/SmallKeyMap.h"
@@ -167,53 +166,7 @@ class ZEL_EXPORT VlanRangeEntryDir : public Zel::PtrInterface {
    VlanRangeEntryMap vlanRangeEntry_;
 };
 
-/// The interfaces whose ranges changed and wait to be sorted, first in, first out. All O(1) on
-/// average, not counting what the reactors do.
-class ZEL_EXPORT VlanXlateScheduleDir : public Zel::PtrInterface {
- public:
-   static constexpr char zelTypeName[] = "MoxVlanMapping::VlanXlateScheduleDir";
-   /// Notified with the interface (Corvel::IntfId) as key, when one is added or deleted.
-   static constexpr Zel::AttributeId kAttrVlanXlateSchedule = 130;
-   static Zel::Ptr< VlanXlateScheduleDir > VlanXlateScheduleDirIs();
-
-   class ZelVlanXlateSchedule : public Zel::HashSetNode< Corvel::IntfId > {
-    public:
-      static constexpr char zelTypeName[] =
-         "MoxVlanMapping::VlanXlateScheduleDir::ZelVlanXlateSchedule";
-
-    protected:
-      using HashSetNode::HashSetNode;
-   };
-   using VlanXlateScheduleSet = Zel::HashMap2018< ZelVlanXlateSchedule, 0xcb5901b >;
-
-   const VlanXlateScheduleSet& vlanXlateSchedule() const { return vlanXlateSchedule_; }
-   /// Adds the interface and notifies; silent when it waits already.
-   void vlanXlateScheduleIs( Corvel::IntfId intfId );
-   /// The same with an element made beforehand. Adding it cannot fail for want of memory behind
-   /// vlanXlateScheduleReserve(). Requires: not null, stands in no schedule.
-   void vlanXlateScheduleIs( const Zel::Ptr< ZelVlanXlateSchedule >& element );
-   /// Makes room for one interface; holds until another is added.
-   void vlanXlateScheduleReserve() { vlanXlateSchedule_.reserveOne(); }
-   /// Removes the interface and notifies; false and silent when it did not wait.
-   bool vlanXlateScheduleDel( Corvel::IntfId intfId );
-   /// Removes every interface that waits now, with one notification each; what a reactor marks
-   /// meanwhile stays. Then throws on what the first reactor that failed threw.
-   void vlanXlateScheduleDelAll();
-
-   Zel::NotifieeList* notifieeList() const override { return &notifieeList_; }
-   Zel::TypeHandle fwkType() const override;
-
- protected:
-   VlanXlateScheduleDir() = default;
-   ~VlanXlateScheduleDir() override;
-
- private:
-   mutable Zel::NotifieeList notifieeList_{ *this };
-   VlanXlateScheduleSet vlanXlateSchedule_;
-};
-
 ZEL_EXPORT Zel::Ptr< VlanRangeEntry > vlanRangeEntryFactory( Corvel::IntfId intfId );
 ZEL_EXPORT Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDirFactory();
-ZEL_EXPORT Zel::Ptr< VlanXlateScheduleDir > vlanXlateScheduleDirFactory();
 
 }   // namespace MoxVlanMapping

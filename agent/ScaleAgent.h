@@ -15,6 +15,7 @@
 #include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/MoxVlanMappingScaleSlaveSm.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Quen/TaskScheduler.h"
 #include "agent/MemoryDataPlane.h"
 #include "agent/PortNames.h"

@@ -8,6 +8,7 @@
 
 #include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Quen/TaskScheduler.h"
 #include "Zel/Clock.h"
 #include "Zel/Ptr.h"

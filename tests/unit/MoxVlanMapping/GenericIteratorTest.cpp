@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Zel/Exception.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Notifiee.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "MoxVlanMapping/VlanRangeEntry.h"
+#include "MoxVlanMapping/VlanXlateScheduleDir.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Notifiee.h"
 #include "tests/support/NoneLeftTest.h"
