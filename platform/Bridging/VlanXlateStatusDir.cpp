@@ -18,9 +18,8 @@ VlanXlateStatusDir::VlanXlateStatusDirIs() {
 
 void
 VlanXlateStatusDir::vlanXlateStatusIs( Corvel::IntfId intfId ) {
-   if ( !vlanXlateStatus_.contains( intfId ) ) {
-      vlanXlateStatus_.insert( Zel::newEntity< ZelVlanXlateStatus >( intfId ) );
-   }
+   vlanXlateStatus_.findOrInsert(
+      intfId, [ & ] { return Zel::newEntity< ZelVlanXlateStatus >( intfId ); } );
 }
 
 bool

@@ -24,14 +24,12 @@ MoxCommonSmData::MoxCommonSmDataIs() {
 
 void
 MoxCommonSmData::portToLagIs( Corvel::IntfId port, Corvel::IntfId lag ) {
-   if ( ZelPortToLag* member = portToLag_.findNode( port ) ) {
-      if ( member->value() == lag ) {
-         return;
-      }
-      member->valueIs( lag );
-   } else {
-      portToLag_.insert( Zel::newEntity< ZelPortToLag >( port, lag ) );
+   const auto [ member, isNew ] = portToLag_.findOrInsert(
+      port, [ & ] { return Zel::newEntity< ZelPortToLag >( port, lag ); } );
+   if ( !isNew && member->value() == lag ) {
+      return;
    }
+   member->valueIs( lag );
    notifieeList_.notify( kAttrPortToLag, &port );
 }
 

@@ -26,14 +26,12 @@ class RecordMap : public Zel::HashMap2018< Node, SeedConstant > {
 
    /// Inserts or overwrites. False when an equal record stands there already.
    bool recordIs( const PortVlanKey& key, const Record& record ) {
-      if ( Node* node = this->findNode( key ) ) {
-         if ( node->value() == record ) {
-            return false;
-         }
-         node->valueIs( record );
-         return true;
+      const auto [ node, isNew ] =
+         this->findOrInsert( key, [ & ] { return Zel::newEntity< Node >( key, record ); } );
+      if ( isNew || node->value() == record ) {
+         return isNew;
       }
-      this->insert( Zel::newEntity< Node >( key, record ) );
+      node->valueIs( record );
       return true;
    }
 };

@@ -9,7 +9,7 @@
 //            declaration names.
 // Order      A walk follows the order of insertion, whatever is inserted, deleted or rehashed
 //            meanwhile; a key that was deleted and comes again comes last (first in, first out).
-// Cost       find, insert, unlink, advance: O(1) on average.
+// Cost       find, insert, delete, advance: O(1) on average; each hashes its key once at most.
 // Iterators  Usable after any change, their own element's deletion included (StdIterator.h).
 // Threads    One thread, no locks; that goes for look-ups too, which remember what they found.
 #pragma once
@@ -78,34 +78,38 @@ class HashMap2018 {
 
    /// The node of `key`, or null. No reference is taken: not to be kept across a change.
    Node* findNode( const Key& key ) const {
-      if ( lastFound_ ) {
-         if ( lastFound_->key() == key ) {
-            return lastFound_;
-         }
-         Node* const follower = typed( table_.follower( *lastFound_ ) );
-         if ( follower && follower->key() == key ) {
-            return lastFound_ = follower;
-         }
-      }
-      const std::uint32_t hash = zelHash( key, table_.seed() );
-      for ( HashNode* node = table_.bucket( hash ); node; node = HashTable::bucketNext( *node ) ) {
-         if ( node->zelStoredHash() == hash && typed( node )->key() == key ) {
-            return lastFound_ = typed( node );
-         }
-      }
-      return nullptr;
+      Node* const guess = guessed( key );
+      return guess ? guess : search( key, zelHash( key, table_.seed() ) );
    }
    bool contains( const Key& key ) const { return findNode( key ) != nullptr; }
    Iterator findElement( const Key& key ) const { return { *this, findNode( key ) }; }
 
    /// Makes room for one element more: the next insert() does not throw.
    void reserveOne() { table_.reserveOne(); }
+   /// The node of `key`, and whether it is new: what `make` returned (a Ptr to a node of that key),
+   /// called only when there was none. One look-up in all. Throws what `make` throws and
+   /// std::bad_alloc, with nothing changed. Requires: `make` leaves the collection alone.
+   template < class Make >
+   std::pair< Node*, bool > findOrInsert( const Key& key, Make make ) {
+      if ( Node* const guess = guessed( key ) ) {
+         return { guess, false };
+      }
+      const std::uint32_t hash = zelHash( key, table_.seed() );
+      if ( Node* const found = search( key, hash ) ) {
+         return { found, false };
+      }
+      Ptr< Node > made = make();
+      Node* const node = made.get();
+      table_.link( std::move( made ), hash );
+      lastFound_ = node;
+      return { node, true };
+   }
    /// Requires: no element equals the node's key (asserted). May throw std::bad_alloc, with
    /// nothing changed.
    void insert( Ptr< Node > node ) {
-      ZEL_ASSERT( !contains( node->key() ) );
-      const std::uint32_t hash = zelHash( node->key(), table_.seed() );
-      table_.link( std::move( node ), hash );
+      const Node& asked = *node;
+      const bool isNew = findOrInsert( asked.key(), [ & ] { return std::move( node ); } ).second;
+      ZEL_ASSERT( isNew );
    }
 
    /// Takes a stored node out.
@@ -147,11 +151,28 @@ class HashMap2018 {
  private:
    static constexpr char zelSourceTag[] = "Zel/HashMap2018";
 
+   // The node of `key` where it is likely: look-ups come in runs of one key, or go through the keys
+   // as they were inserted.
+   Node* guessed( const Key& key ) const {
+      if ( !lastFound_ || lastFound_->key() == key ) {
+         return lastFound_;
+      }
+      Node* const follower = typed( table_.follower( *lastFound_ ) );
+      return follower && follower->key() == key ? lastFound_ = follower : nullptr;
+   }
+   Node* search( const Key& key, std::uint32_t hash ) const {
+      for ( HashNode* node = table_.bucket( hash ); node; node = HashTable::bucketNext( *node ) ) {
+         if ( node->zelStoredHash() == hash && typed( node )->key() == key ) {
+            return lastFound_ = typed( node );
+         }
+      }
+      return nullptr;
+   }
+
    static Node* typed( HashNode* node ) { return static_cast< Node* >( node ); }
    static const Node* typed( const HashNode* node ) { return static_cast< const Node* >( node ); }
 
    HashTable table_;
-   // Look-ups come in runs of one key, or go through the keys as they were inserted.
    mutable Node* lastFound_ = nullptr;
 };
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,26 @@ std::uint32_t
 zelHash( Alike, std::uint32_t ) {
    return 7;
 }
+
+// Counts how often it is hashed.
+struct Counting {
+   std::uint32_t number = 0;
+   static inline int hashed = 0;
+   friend bool operator==( Counting, Counting ) = default;
+};
+std::uint32_t
+zelHash( Counting key, std::uint32_t seed ) {
+   ++Counting::hashed;
+   return Zel::singleAttrHash( key.number, seed );
+}
+
+class CountingMember : public Zel::HashSetNode< Counting > {
+ public:
+   static constexpr char zelTypeName[] = "HashMap2018Test::CountingMember";
+
+ protected:
+   using HashSetNode::HashSetNode;
+};
 
 class AlikeMember : public Zel::HashSetNode< Alike > {
  public:
@@ -91,6 +112,56 @@ TEST_F( HashMap2018Test, KeysOfOneHashAreToldApart ) {
    set.insert( Zel::newEntity< AlikeMember >( Alike{ 20 } ) );
    EXPECT_EQ( set.findNode( { 10 } )->key().number, 10 );
    EXPECT_EQ( set.findNode( { 20 } )->key().number, 20 );
+   set.verify();
+}
+
+TEST_F( HashMap2018Test, NoOperationHashesItsKeyTwice ) {
+   Zel::HashMap2018< CountingMember, 1 > set;
+   const auto hashes = [ & ]( auto operation ) {
+      Counting::hashed = 0;
+      operation();
+      return Counting::hashed;
+   };
+   const auto member = []( std::uint32_t number ) {
+      return Zel::newEntity< CountingMember >( Counting{ number } );
+   };
+   EXPECT_EQ( hashes( [ & ] { set.insert( member( 1 ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] { set.insert( member( 2 ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] { set.insert( member( 3 ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] { EXPECT_TRUE( set.contains( { 1 } ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] { EXPECT_FALSE( set.contains( { 4 } ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] { EXPECT_TRUE( set.del( Counting{ 3 } ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] { EXPECT_FALSE( set.del( Counting{ 3 } ) ); } ), 1 );
+   EXPECT_EQ( hashes( [ & ] {
+                 const auto make = [ & ] { return member( 3 ); };
+                 EXPECT_TRUE( set.findOrInsert( { 3 }, make ).second );
+              } ),
+              1 );
+}
+
+TEST_F( HashMap2018Test, WhatIsFoundIsNotMadeAgain ) {
+   Set set;
+   const auto member = Zel::newEntity< Member >( 77u );
+   const auto made = set.findOrInsert( 77, [ & ] { return member; } );
+   EXPECT_EQ( made.first, member.get() );
+   EXPECT_TRUE( made.second );
+   for ( const std::uint64_t other : { 78u, 77u } ) {   // a hit at once, and one by search
+      set.findOrInsert( other, [ & ] { return Zel::newEntity< Member >( other ); } );
+      const auto found = set.findOrInsert( 77, []() -> Zel::Ptr< Member > { std::abort(); } );
+      EXPECT_EQ( found.first, member.get() );
+      EXPECT_FALSE( found.second );
+   }
+   EXPECT_EQ( set.size(), 2u );
+   set.verify( 1 );
+}
+
+TEST_F( HashMap2018Test, ANodeThatCannotBeMadeLeavesTheCollectionAsItWas ) {
+   Set set;
+   const auto failing = []() -> Zel::Ptr< Member > { throw std::bad_alloc(); };
+   EXPECT_THROW( set.findOrInsert( 77, failing ), std::bad_alloc );
+   EXPECT_TRUE( set.empty() );
+   EXPECT_EQ( set.changes(), 0u );
+   EXPECT_FALSE( set.contains( 77 ) );
    set.verify();
 }
 
@@ -400,7 +471,7 @@ TEST_F( HashMap2018DeathTest, InsertionOfAStoredKeyAborts ) {
    map_.is( 5, 50 );
    EXPECT_DEATH( map_.insert( Zel::newEntity< Hashed::Node >( 5u, 51 ) ),
                  "Zel/HashMap2018:[0-9]+: .*insert.*: Assertion "
-                 "`!contains\\( node->key\\(\\) \\)' failed\\." );
+                 "`isNew' failed\\." );
 }
 
 TEST_F( HashMap2018DeathTest, ANodeThatLosesTheMapsReferenceAborts ) {
