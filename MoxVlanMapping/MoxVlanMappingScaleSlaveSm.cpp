@@ -21,24 +21,24 @@ constexpr unsigned kHooks = 5;
 class ScheduleMark {
  public:
    ScheduleMark( const Zel::Ptr< VlanXlateScheduleDir >& dir, Corvel::IntfId intfId )
-       : dir_( dir ), intfId_( intfId ) {
-      if ( !dir_->vlanXlateSchedule().contains( intfId ) ) {
+       : dir_( dir ), element_( dir->vlanXlateSchedule().findNode( intfId ) ), isNew_( !element_ ) {
+      if ( isNew_ ) {
          dir_->vlanXlateScheduleReserve();
          element_ = Zel::newEntity< VlanXlateScheduleDir::ZelVlanXlateSchedule >( intfId );
       }
    }
    void set() const {
-      if ( element_ ) {
+      if ( isNew_ ) {
          dir_->vlanXlateScheduleIs( element_ );
-      } else {
-         dir_->vlanXlateScheduleIs( intfId_ );
+      } else if ( !element_->linked() ) {   // unmarked meanwhile
+         dir_->vlanXlateScheduleIs( element_->key() );
       }
    }
 
  private:
    const Zel::Ptr< VlanXlateScheduleDir > dir_;
-   const Corvel::IntfId intfId_;
-   Zel::Ptr< VlanXlateScheduleDir::ZelVlanXlateSchedule > element_;   // null: it waits already
+   Zel::Ptr< VlanXlateScheduleDir::ZelVlanXlateSchedule > element_;
+   const bool isNew_;
 };
 
 }   // namespace

@@ -21,16 +21,16 @@ VlanXlateScheduleDir::VlanXlateScheduleDirIs() {
 
 void
 VlanXlateScheduleDir::vlanXlateScheduleIs( Corvel::IntfId intfId ) {
-   if ( !vlanXlateSchedule_.contains( intfId ) ) {
-      vlanXlateScheduleIs( Zel::newEntity< ZelVlanXlateSchedule >( intfId ) );
+   const auto make = [ & ] { return Zel::newEntity< ZelVlanXlateSchedule >( intfId ); };
+   if ( vlanXlateSchedule_.findOrInsert( intfId, make ).second ) {
+      notifieeList_.notify( kAttrVlanXlateSchedule, &intfId );
    }
 }
 
 void
 VlanXlateScheduleDir::vlanXlateScheduleIs( const Zel::Ptr< ZelVlanXlateSchedule >& element ) {
    const Corvel::IntfId intfId = element->key();
-   if ( !vlanXlateSchedule_.contains( intfId ) ) {
-      vlanXlateSchedule_.insert( element );
+   if ( vlanXlateSchedule_.findOrInsert( intfId, [ & ] { return element; } ).second ) {
       notifieeList_.notify( kAttrVlanXlateSchedule, &intfId );
    }
 }
