@@ -57,8 +57,8 @@ class ZEL_EXPORT MoxVlanMappingRecord {
 
    PortVlanKey key_;
    Bridging::VlanXlateMapping mapping_;
-   bool inLag_ = false;
-   bool xlateUntagged_ = false;
+   bool inLag_ : 1 = false;
+   bool xlateUntagged_ : 1 = false;
    std::uint8_t origin_ = 0;
 };
 

@@ -13,7 +13,7 @@ namespace Mox {
 
 PortVlanKey::PortVlanKey( Zel::StringIterator& current, Zel::StringIterator end ) {
    Zel::parseLiteral( current, end, "Value('Mox::PortVlanKey', ** {'intfId': " );
-   intfId_ = Zel::parseAttribute< Corvel::IntfId >( current, end, "intfId" );
+   intfId_ = Zel::parseAttribute< Corvel::IntfId >( current, end, "intfId" ).value();
    Zel::parseLiteral( current, end, ", 'vlanId': " );
    vlanId_ =
       Bridging::VlanId::fromRaw( Zel::parseAttribute< std::uint16_t >( current, end, "vlanId" ) );
@@ -24,14 +24,13 @@ PortVlanKey::PortVlanKey( Zel::StringIterator& current, Zel::StringIterator end 
 
 bool
 operator<( const PortVlanKey& a, const PortVlanKey& b ) {
-   return std::tuple( a.intfId_.value(), a.vlanId_.value(), a.innerVlanId_ ) <
-          std::tuple( b.intfId_.value(), b.vlanId_.value(), b.innerVlanId_ );
+   return std::tuple( a.intfId(), a.vlanId_, a.innerVlanId_ ) <
+          std::tuple( b.intfId(), b.vlanId_, b.innerVlanId_ );
 }
 
 std::uint32_t
 PortVlanKey::hash( std::uint32_t seed ) const {
-   Zel::HashAccumulator accumulator( seed );
-   accumulator.mix( Zel::singleAttrHash( intfId_.value(), seed ) );
+   Zel::HashAccumulator accumulator( Zel::singleAttrHash( intfId_, seed ) );
    accumulator.mix( static_cast< std::uint32_t >( vlanId_.value() << 16 | innerVlanId_ ) );
    return accumulator.result();
 }

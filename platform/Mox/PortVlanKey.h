@@ -22,11 +22,11 @@ class ZEL_EXPORT PortVlanKey {
    constexpr PortVlanKey() = default;
    constexpr PortVlanKey( Corvel::IntfId intfId, Bridging::VlanId vlanId,
                           std::uint16_t innerVlanId = 0 )
-       : intfId_( intfId ), vlanId_( vlanId ), innerVlanId_( innerVlanId ) {}
+       : intfId_( intfId.value() ), vlanId_( vlanId ), innerVlanId_( innerVlanId ) {}
    /// Parses the string form.
    PortVlanKey( Zel::StringIterator& current, Zel::StringIterator end );
 
-   constexpr Corvel::IntfId intfId() const { return intfId_; }
+   constexpr Corvel::IntfId intfId() const { return Corvel::IntfId( intfId_ ); }
    constexpr Bridging::VlanId vlanId() const { return vlanId_; }
    /// VLAN id of the inner tag of a double-tagged frame; 0: any.
    constexpr std::uint16_t innerVlanId() const { return innerVlanId_; }
@@ -37,7 +37,8 @@ class ZEL_EXPORT PortVlanKey {
    std::uint32_t hash( std::uint32_t seed = 0 ) const;
 
  private:
-   Corvel::IntfId intfId_;
+   // A number, which alone can be packed: there is a key in each record, of which there are many.
+   [[gnu::packed]] std::uint64_t intfId_ = 0;
    Bridging::VlanId vlanId_;
    std::uint16_t innerVlanId_ = 0;
 };

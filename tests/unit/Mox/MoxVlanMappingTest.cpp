@@ -33,6 +33,12 @@ TYPED_TEST( MoxVlanMappingTest, DefaultHasTheDefaultKeyTheEmptyMappingAndNoFlags
    EXPECT_EQ( record.origin(), 0u );
 }
 
+// One stands for each mapping in each directory.
+TYPED_TEST( MoxVlanMappingTest, HasNoRoomThatNoFieldUses ) {
+   EXPECT_EQ( sizeof( TypeParam ), 22u );
+   EXPECT_EQ( sizeof( PortVlanKey ), 12u );
+}
+
 TYPED_TEST( MoxVlanMappingTest, ShowsItsFields ) {
    const TypeParam inLag( kKey, kTo3001, true, false, 9 );
    EXPECT_EQ( inLag.key(), kKey );
