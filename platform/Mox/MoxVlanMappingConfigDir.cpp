@@ -20,7 +20,7 @@ MoxVlanMappingConfigDir::MoxVlanMappingConfigDirIs() {
 void
 MoxVlanMappingConfigDir::configIs( const MoxVlanMappingConfig& record ) {
    const PortVlanKey key = record.key();
-   config_.recordIs( key, record );
+   config_.recordIs( record );
    notifieeList_.notify( kAttrConfig, &key );
 }
 

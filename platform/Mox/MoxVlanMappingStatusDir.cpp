@@ -20,7 +20,7 @@ MoxVlanMappingStatusDir::MoxVlanMappingStatusDirIs() {
 void
 MoxVlanMappingStatusDir::statusIs( const MoxVlanMappingStatus& record ) {
    const PortVlanKey key = record.key();
-   if ( status_.recordIs( key, record ) ) {
+   if ( status_.recordIs( record ) ) {
       notifieeList_.notify( kAttrStatus, &key );
    }
 }

@@ -25,9 +25,9 @@ class RecordMap : public Zel::HashMap2018< Node, SeedConstant > {
    }
 
    /// Inserts or overwrites. False when an equal record stands there already.
-   bool recordIs( const PortVlanKey& key, const Record& record ) {
+   bool recordIs( const Record& record ) {
       const auto [ node, isNew ] =
-         this->findOrInsert( key, [ & ] { return Zel::newEntity< Node >( key, record ); } );
+         this->findOrInsert( record.key(), [ & ] { return Zel::newEntity< Node >( record ); } );
       if ( isNew || node->value() == record ) {
          return isNew;
       }
@@ -41,15 +41,15 @@ class RecordNode : public Zel::HashNode {
  public:
    using Record = RecordType;
 
-   const PortVlanKey& key() const { return key_; }
+   const PortVlanKey& key() const { return record_.key(); }
    const Record& value() const { return record_; }
+   /// Requires: the same key.
    void valueIs( const Record& record ) { record_ = record; }
 
  protected:
-   RecordNode( const PortVlanKey& key, const Record& record ) : key_( key ), record_( record ) {}
+   explicit RecordNode( const Record& record ) : record_( record ) {}
 
  private:
-   const PortVlanKey key_;
    Record record_;
 };
 

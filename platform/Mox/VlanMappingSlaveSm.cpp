@@ -4,7 +4,9 @@
 #include "Mox/VlanMappingSlaveSm.h"
 
 #include <optional>
+#include <set>
 
+#include "Mox/Delivered.h"
 #include "Zel/Assert.h"
 #include "Zel/Exception.h"
 #include "Zel/FirstException.h"
@@ -14,12 +16,6 @@ namespace Mox {
 namespace {
 
 constexpr char zelSourceTag[] = "Mox/VlanMappingSlaveSm";
-
-// All that the range index knows of a key.
-PortVlanKey
-slotOf( const PortVlanKey& key ) {
-   return { key.intfId(), key.vlanId() };
-}
 
 bool
 isVlanId( std::uint16_t number ) {
@@ -43,7 +39,46 @@ requireDeliverable( const MoxVlanMappingConfig& record ) {
       "allowed: 1 to 4094" );
 }
 
+// Whether the slot is as `record` says; null stands for nothing.
+bool
+isInForce( const Delivered& slot, const MoxVlanMappingConfig* record ) {
+   return record ? slot.inForce && *record == slot.record : !slot.inForce;
+}
+
 }   // namespace
+
+struct VlanMappingSlaveSm::Delivery {
+   DeliveredTable ingress{ DeliveredTable::Slots::PortVlan };
+   DeliveredTable egress{ DeliveredTable::Slots::Key };
+   // Configured ingress keys whose slot another key holds, and some that went.
+   std::set< PortVlanKey > ingressWaiting;
+};
+
+// The configured record of a key, looked up again only where that may make a difference.
+class VlanMappingSlaveSm::Configured {
+ public:
+   Configured( const MoxVlanMappingConfigDir& dir, const PortVlanKey& key )
+       : config_( dir.config() ),
+         key_( key ),
+         changes_( config_.changes() ),
+         record_( config_.record( key ) ) {}
+
+   /// Null when there is none.
+   const MoxVlanMappingConfig* record( const PortVlanKey& key ) {
+      if ( changes_ != config_.changes() || !( key == key_ ) ) {
+         key_ = key;
+         changes_ = config_.changes();
+         record_ = config_.record( key );
+      }
+      return record_;
+   }
+
+ private:
+   const MoxVlanMappingConfigDir::ConfigMap& config_;
+   PortVlanKey key_;
+   std::uint32_t changes_;
+   const MoxVlanMappingConfig* record_;
+};
 
 VlanMappingSlaveSm::VlanMappingSlaveSm(
    const Zel::Ptr< MoxCommonSmData >& acsd, const Zel::Ptr< const Zel::Clock >& clock,
@@ -52,7 +87,8 @@ VlanMappingSlaveSm::VlanMappingSlaveSm(
     : acsd_( acsd ),
       clock_( clock ),
       bridgingConfig_( bridgingConfig ),
-      vlanXlateStatusDir_( vlanXlateStatusDir ) {
+      vlanXlateStatusDir_( vlanXlateStatusDir ),
+      delivery_( std::make_unique< Delivery >() ) {
    ZEL_ASSERT( acsd_ );
    ingressReactor_ = Zel::newEntity< ZelIngressConfigDir >( acsd_->ingressConfigDir(), this );
    egressReactor_ = Zel::newEntity< ZelEgressConfigDir >( acsd_->egressConfigDir(), this );
@@ -94,39 +130,48 @@ VlanMappingSlaveSm::handleInitialized() {
    initialized_ = true;
    Zel::FirstException failed;
    // What is delivered, too, for its deletion may have failed; but not what hooks add at the end.
-   const auto replay = [ & ]( const DeliveredMap& delivered, const MoxVlanMappingConfigDir& dir,
+   const auto replay = [ & ]( const DeliveredTable& delivered, const MoxVlanMappingConfigDir& dir,
                               void ( VlanMappingSlaveSm::*handle )( const PortVlanKey& ) ) {
-      auto rest = delivered.size();
-      for ( auto at = delivered.first(); at && rest != 0; ++at, --rest ) {
-         failed.run( [ & ] { ( this->*handle )( at->value().key() ); } );
+      const std::size_t places = delivered.places();
+      for ( std::size_t place = 0; place < places; ++place ) {
+         if ( const Delivered* const slot = delivered.at( place ) ) {
+            failed.run( [ & ] { ( this->*handle )( slot->record.key() ); } );
+         }
       }
       for ( auto at = dir.config().first(); at; ++at ) {
          failed.run( [ & ] { ( this->*handle )( at->key() ); } );
       }
    };
-   replay( ingressDelivered_, *ingressConfigDir(), &VlanMappingSlaveSm::handleIngressConfig );
-   replay( egressDelivered_, *egressConfigDir(), &VlanMappingSlaveSm::handleEgressConfig );
+   replay( delivery_->ingress, *ingressConfigDir(), &VlanMappingSlaveSm::handleIngressConfig );
+   replay( delivery_->egress, *egressConfigDir(), &VlanMappingSlaveSm::handleEgressConfig );
    failed.throwOn();
 }
 
 std::uint32_t
 VlanMappingSlaveSm::undelivered() const {
    std::uint32_t keys = 0;
-   for ( const ZelDelivered& slot : ingressDelivered_ ) {
-      keys += isInForce( slot, wanted( slot ) ) ? 0 : 1;
-   }
+   const auto count = [ & ]( const DeliveredTable& delivered, const auto& isDelivered ) {
+      for ( std::size_t place = 0; place < delivered.places(); ++place ) {
+         const Delivered* const slot = delivered.at( place );
+         keys += !slot || isDelivered( *slot ) ? 0 : 1;
+      }
+   };
+   count( delivery_->ingress, [ & ]( const Delivered& slot ) {
+      Configured configured( *ingressConfigDir(), slot.record.key() );
+      return isInForce( slot, wanted( slot, configured ) );
+   } );
    for ( const auto& node : ingressConfigDir()->config() ) {
-      const ZelDelivered* const slot = ingressDelivered_.findNode( slotOf( node.key() ) );
-      const bool isNoted =
-         slot && ( slot->value().key() == node.key() || ingressWaiting_.contains( node.key() ) );
+      const Delivered* const slot = delivery_->ingress.find( node.key() );
+      const bool isNoted = slot && ( slot->record.key() == node.key() ||
+                                     delivery_->ingressWaiting.contains( node.key() ) );
       keys += isNoted || !isDeliverable( node.value() ) ? 0 : 1;
    }
-   for ( const ZelDelivered& slot : egressDelivered_ ) {
-      keys += egressConfigDir()->config().contains( slot.key() ) ? 0 : 1;
-   }
+   count( delivery_->egress, [ & ]( const Delivered& slot ) {
+      return egressConfigDir()->config().contains( slot.record.key() );
+   } );
    for ( const auto& node : egressConfigDir()->config() ) {
-      const MoxVlanMappingConfig* const delivered = egressDelivered_.record( node.key() );
-      const bool isDelivered = delivered && *delivered == node.value();
+      const Delivered* const slot = delivery_->egress.find( node.key() );
+      const bool isDelivered = slot && slot->record == node.value();
       keys += isDelivered || !isDeliverable( node.value() ) ? 0 : 1;
    }
    return keys;
@@ -155,9 +200,11 @@ VlanMappingSlaveSm::ZelEgressConfigDir::onAttribute( Zel::AttributeId attribute,
 
 // The first that may take over a slot which comes free; null when none waits.
 const MoxVlanMappingConfig*
-VlanMappingSlaveSm::firstWaiting( const PortVlanKey& slot ) const {
-   for ( auto at = ingressWaiting_.lower_bound( slot );
-         at != ingressWaiting_.end() && slotOf( *at ) == slot; ++at ) {
+VlanMappingSlaveSm::firstWaiting( const PortVlanKey& key ) const {
+   const auto& waiting = delivery_->ingressWaiting;
+   const PortVlanKey slot = delivery_->ingress.slotOf( key );
+   for ( auto at = waiting.lower_bound( slot );
+         at != waiting.end() && delivery_->ingress.slotOf( *at ) == slot; ++at ) {
       const MoxVlanMappingConfig* const record = ingressConfigDir()->config().record( *at );
       if ( record && isDeliverable( *record ) ) {
          return record;
@@ -169,73 +216,67 @@ VlanMappingSlaveSm::firstWaiting( const PortVlanKey& slot ) const {
 // What is to be in force in an ingress slot: the record of the key that holds it, or what it stands
 // for while that record is refused; the first that waits when the key is gone; null for nothing.
 const MoxVlanMappingConfig*
-VlanMappingSlaveSm::wanted( const ZelDelivered& slot ) const {
-   const PortVlanKey& key = slot.value().key();
-   if ( const MoxVlanMappingConfig* record = ingressConfigDir()->config().record( key ) ) {
+VlanMappingSlaveSm::wanted( const Delivered& slot, Configured& configured ) const {
+   if ( const MoxVlanMappingConfig* record = configured.record( slot.record.key() ) ) {
       if ( isDeliverable( *record ) ) {
          return record;
       }
-      if ( slot.inForce() ) {
-         return &slot.value();
+      if ( slot.inForce ) {
+         return &slot.record;
       }
    }
-   return firstWaiting( slot.key() );
-}
-
-bool
-VlanMappingSlaveSm::isInForce( const ZelDelivered& slot, const MoxVlanMappingConfig* record ) {
-   return record ? slot.inForce() && *record == slot.value() : !slot.inForce();
+   return firstWaiting( slot.record.key() );
 }
 
 void
 VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
    const PortVlanKey key = changed;   // it may go with its record inside a hook
    Zel::FirstException failed;
-   const MoxVlanMappingConfig* configured = ingressConfigDir()->config().record( key );
-   if ( configured && !failed.run( [ & ] { requireDeliverable( *configured ); } ) ) {
-      configured = nullptr;   // what waits for the slot is none the worse for it
+   Configured configured( *ingressConfigDir(), key );
+   const MoxVlanMappingConfig* record = configured.record( key );
+   if ( record && !failed.run( [ & ] { requireDeliverable( *record ); } ) ) {
+      record = nullptr;   // what waits for the slot is none the worse for it
    }
-   Zel::Ptr< ZelDelivered > slot = ingressDelivered_.findNode( slotOf( key ) );
-   if ( !configured ) {
-      ingressWaiting_.erase( key );
-   } else if ( slot && !( slot->value().key() == key ) ) {
-      ingressWaiting_.insert( key );
+   DeliveredTable& delivered = delivery_->ingress;
+   Delivered* slot = nullptr;
+   if ( record || firstWaiting( key ) ) {
+      slot = &delivered.findOrInsert( key );
+   } else {
+      slot = delivered.find( key );
    }
-   if ( !slot ) {
-      if ( !configured && !firstWaiting( slotOf( key ) ) ) {
-         failed.throwOn();
-         return;
-      }
-      slot = Zel::newEntity< ZelDelivered >( slotOf( key ), MoxVlanMappingConfig( key, {} ) );
-      ingressDelivered_.insert( slot );
+   if ( !record ) {
+      delivery_->ingressWaiting.erase( key );
+   } else if ( !( slot->record.key() == key ) ) {
+      delivery_->ingressWaiting.insert( key );
    }
-   if ( slot->busy() ) {
+   if ( !slot || slot->busy ) {
       failed.throwOn();
       return;
    }
-   slot->busyIs( true );
-   settleIngress( *slot, failed );
-   slot->busyIs( false );
-   if ( !slot->inForce() && !wanted( *slot ) ) {
-      ingressDelivered_.unlink( *slot );
+   slot->busy = true;
+   settleIngress( *slot, configured, failed );
+   slot->busy = false;
+   if ( !slot->inForce && !wanted( *slot, configured ) ) {
+      delivered.erase( *slot );
    }
    failed.throwOn();
 }
 
 // Looks again after each hook, inside of which the configuration may have changed.
 void
-VlanMappingSlaveSm::settleIngress( ZelDelivered& slot, Zel::FirstException& failed ) {
+VlanMappingSlaveSm::settleIngress( Delivered& slot, Configured& configured,
+                                   Zel::FirstException& failed ) {
    std::optional< MoxVlanMappingConfig > earlier;
    bool reserved = false;
    for ( bool goesOn = true; goesOn; ) {
-      const MoxVlanMappingConfig* const next = wanted( slot );
+      const MoxVlanMappingConfig* const next = wanted( slot, configured );
       if ( isInForce( slot, next ) ) {
          break;
       }
-      if ( slot.inForce() ) {
-         earlier = slot.value();
+      if ( slot.inForce ) {
+         earlier = slot.record;
          if ( ingressIndex_ && next ) {
-            if ( !failed.run( [ & ] { ingressIndex_->reserve( slot.value().key() ); } ) ) {
+            if ( !failed.run( [ & ] { ingressIndex_->reserve( slot.record.key() ); } ) ) {
                break;
             }
             reserved = true;
@@ -245,25 +286,25 @@ VlanMappingSlaveSm::settleIngress( ZelDelivered& slot, Zel::FirstException& fail
          goesOn = addIngress( slot, *next, failed );
       }
    }
-   if ( ingressIndex_ && earlier && !slot.inForce() && wanted( slot ) ) {
+   if ( ingressIndex_ && earlier && !slot.inForce && wanted( slot, configured ) ) {
       failed.run( [ & ] { ingressIndex_->restore( *earlier ); } );
-      slot.valueIs( *earlier );
-      slot.inForceIs( ingressIndex_->holds( slot.key() ) );
+      slot.record = *earlier;
+      slot.inForce = ingressIndex_->holds( slot.record.key() );
    }
    if ( reserved ) {
-      ingressIndex_->release( slot.key() );
+      ingressIndex_->release( slot.record.key() );
    }
 }
 
 bool
-VlanMappingSlaveSm::addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& record,
+VlanMappingSlaveSm::addIngress( Delivered& slot, const MoxVlanMappingConfig& record,
                                 Zel::FirstException& failed ) {
    const PortVlanKey key = record.key();
-   slot.valueIs( record );
+   slot.record = record;
    if ( failed.run( [ & ] { doAddIngressVlanMapping( key ); } ) ||
         ( ingressIndex_ && ingressIndex_->holds( key ) ) ) {
-      slot.inForceIs( true );
-      ingressWaiting_.erase( key );
+      slot.inForce = true;
+      delivery_->ingressWaiting.erase( key );
       return true;
    }
    if ( !ingressIndex_ ) {
@@ -273,11 +314,11 @@ VlanMappingSlaveSm::addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& 
 }
 
 bool
-VlanMappingSlaveSm::delIngress( ZelDelivered& slot, Zel::FirstException& failed ) {
-   const PortVlanKey key = slot.value().key();
+VlanMappingSlaveSm::delIngress( Delivered& slot, Zel::FirstException& failed ) {
+   const PortVlanKey key = slot.record.key();
    if ( failed.run( [ & ] { doDelIngressVlanMapping( key ); } ) ||
         ( ingressIndex_ && !ingressIndex_->holds( key ) ) ) {
-      slot.inForceIs( false );
+      slot.inForce = false;
       return true;
    }
    if ( !ingressIndex_ ) {
@@ -289,50 +330,46 @@ VlanMappingSlaveSm::delIngress( ZelDelivered& slot, Zel::FirstException& failed 
 void
 VlanMappingSlaveSm::handleEgressConfig( const PortVlanKey& changed ) {
    const PortVlanKey key = changed;
-   const MoxVlanMappingConfig* const configured = egressConfigDir()->config().record( key );
-   if ( configured ) {
-      requireDeliverable( *configured );
+   Configured configured( *egressConfigDir(), key );
+   const MoxVlanMappingConfig* const record = configured.record( key );
+   if ( record ) {
+      requireDeliverable( *record );
    }
-   Zel::Ptr< ZelDelivered > slot = egressDelivered_.findNode( key );
-   if ( !slot ) {
-      if ( !configured ) {
-         return;
-      }
-      slot = Zel::newEntity< ZelDelivered >( key, MoxVlanMappingConfig( key, {} ) );
-      egressDelivered_.insert( slot );
-   }
-   if ( slot->busy() ) {
+   DeliveredTable& delivered = delivery_->egress;
+   Delivered* const slot = record ? &delivered.findOrInsert( key ) : delivered.find( key );
+   if ( !slot || slot->busy ) {
       return;
    }
    Zel::FirstException failed;
-   slot->busyIs( true );
-   settleEgress( *slot, failed );
-   slot->busyIs( false );
-   if ( !slot->inForce() ) {
-      egressDelivered_.unlink( *slot );
+   slot->busy = true;
+   settleEgress( *slot, configured, failed );
+   slot->busy = false;
+   if ( !slot->inForce ) {
+      delivered.erase( *slot );
    }
    failed.throwOn();
 }
 
 void
-VlanMappingSlaveSm::settleEgress( ZelDelivered& slot, Zel::FirstException& failed ) {
-   const PortVlanKey& key = slot.key();
+VlanMappingSlaveSm::settleEgress( Delivered& slot, Configured& configured,
+                                  Zel::FirstException& failed ) {
+   const PortVlanKey key = slot.record.key();
    for ( ;; ) {
-      const MoxVlanMappingConfig* const record = egressConfigDir()->config().record( key );
-      if ( !record && slot.inForce() ) {
+      const MoxVlanMappingConfig* const record = configured.record( key );
+      if ( !record && slot.inForce ) {
          if ( !failed.run( [ & ] { doDelEgressVlanMapping( key ); } ) ) {
             slot.inDoubt();
             return;
          }
-         slot.inForceIs( false );
+         slot.inForce = false;
       } else if ( record && isDeliverable( *record ) &&
-                  !( slot.inForce() && *record == slot.value() ) ) {
-         slot.valueIs( *record );
+                  !( slot.inForce && *record == slot.record ) ) {
+         slot.record = *record;
          if ( !failed.run( [ & ] { doAddEgressVlanMapping( key ); } ) ) {
             slot.inDoubt();
             return;
          }
-         slot.inForceIs( true );
+         slot.inForce = true;
       } else {
          return;
       }

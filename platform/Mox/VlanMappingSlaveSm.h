@@ -28,22 +28,26 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
+#include <memory>
 
 #include "Bridging/Config.h"
 #include "Bridging/VlanXlateStatusDir.h"
 #include "Mox/MoxCommonSmData.h"
 #include "Mox/MoxVlanMapping.h"
 #include "Mox/PortVlanKey.h"
-#include "Mox/RecordMap.h"
 #include "Zel/Clock.h"
 #include "Zel/Export.h"
-#include "Zel/FirstException.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
 #include "Zel/Reactor.h"
 
+namespace Zel {
+class FirstException;
+}
+
 namespace Mox {
+
+struct Delivered;
 
 class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
  public:
@@ -118,43 +122,19 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
     protected:
       using Reactor::Reactor;
    };
-   /// What the hooks have been told of one slot: of a port's VLAN for ingress, of a key for egress.
-   class ZelDelivered : public RecordNode< MoxVlanMappingConfig > {
-    public:
-      static constexpr char zelTypeName[] = "Mox::VlanMappingSlaveSm::ZelDelivered";
-
-      /// False while nothing is in force; value() has the key that failed last then.
-      bool inForce() const { return inForce_; }
-      void inForceIs( bool inForce ) { inForce_ = inForce; }
-      /// Whether hooks of this slot are being called; the caller looks again after each.
-      bool busy() const { return busy_; }
-      void busyIs( bool busy ) { busy_ = busy; }
-      /// A hook failed, and nobody knows what it did.
-      void inDoubt() {
-         valueIs( MoxVlanMappingConfig( value().key(), {} ) );   // equals no deliverable record
-         inForce_ = true;
-      }
-
-    protected:
-      using RecordNode::RecordNode;
-
-    private:
-      bool inForce_ = false;
-      bool busy_ = false;
-   };
-   using DeliveredMap = RecordMap< ZelDelivered, 0x66a3d15b >;
+   /// What is in force, and what waits.
+   struct Delivery;
+   class Configured;
 
    void handleIngressConfig( const PortVlanKey& key );
    void handleEgressConfig( const PortVlanKey& key );
-   const MoxVlanMappingConfig* wanted( const ZelDelivered& slot ) const;
+   const MoxVlanMappingConfig* wanted( const Delivered& slot, Configured& configured ) const;
    const MoxVlanMappingConfig* firstWaiting( const PortVlanKey& slot ) const;
-   /// Null stands for nothing.
-   static bool isInForce( const ZelDelivered& slot, const MoxVlanMappingConfig* record );
-   bool addIngress( ZelDelivered& slot, const MoxVlanMappingConfig& record,
+   bool addIngress( Delivered& slot, const MoxVlanMappingConfig& record,
                     Zel::FirstException& failed );
-   bool delIngress( ZelDelivered& slot, Zel::FirstException& failed );
-   void settleIngress( ZelDelivered& slot, Zel::FirstException& failed );
-   void settleEgress( ZelDelivered& slot, Zel::FirstException& failed );
+   bool delIngress( Delivered& slot, Zel::FirstException& failed );
+   void settleIngress( Delivered& slot, Configured& configured, Zel::FirstException& failed );
+   void settleEgress( Delivered& slot, Configured& configured, Zel::FirstException& failed );
 
    const Zel::Ptr< MoxCommonSmData > acsd_;
    const Zel::Ptr< const Zel::Clock > clock_;
@@ -164,11 +144,7 @@ class ZEL_EXPORT VlanMappingSlaveSm : public Zel::PtrInterface {
    Zel::Ptr< ZelEgressConfigDir > egressReactor_;
    bool initialized_ = false;
    IngressIndex* ingressIndex_ = nullptr;
-   // By (port, VLAN, 0) for ingress and by full key for egress.
-   DeliveredMap ingressDelivered_;
-   DeliveredMap egressDelivered_;
-   // Configured ingress keys whose slot another key holds, and some that went.
-   std::set< PortVlanKey > ingressWaiting_;
+   const std::unique_ptr< Delivery > delivery_;
 };
 
 }   // namespace Mox

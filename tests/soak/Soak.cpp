@@ -359,9 +359,9 @@ class Soak : TestSupport::Chain {
          { "MoxVlanMapping::VlanXlateScaleEntry::ZelVidRangeSorted", ranges },
          { "Mox::MoxVlanMappingConfigDir::ZelConfig", both },
          { "Mox::MoxVlanMappingStatusDir::ZelStatus", egress },
-         { "Mox::VlanMappingSlaveSm::ZelDelivered", both },
          { "Mox::MoxCommonSmData::ZelPortToLag", std::ranges::count( inAggregate_, true ) },
       };
+      requireEqual( sm_->undelivered(), 0, "undelivered mappings" );
       for ( const auto& [ typeName, live ] : expected ) {
          requireEqual( Zel::allocationCount( typeName ).live, live, typeName );
       }
