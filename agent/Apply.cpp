@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <stdexcept>
 
@@ -45,21 +46,27 @@ writeAll( ScaleAgent& agent, const Configuration& configuration, ProgressBar& pr
          }
       } );
    }
-   for ( const Port& port : configuration.ports ) {
-      for ( const IngressMapping& mapping : port.ingress ) {
+   const auto writePort = [ & ]( const Port& port ) {
+      const Corvel::IntfId id = agent.ports().id( port.name );
+      const bool inLag = agent.acsd().portToLag().contains( id );
+      const auto write = [ & ]( Mox::MoxVlanMappingConfigDir& dir, std::uint16_t vlan,
+                                std::uint16_t translated ) {
          failed.run( [ & ] {
-            agent.acsd().ingressConfigDir()->configIs(
-               agent.record( port.name, mapping.vlan, mapping.relay ) );
+            dir.configIs( { { id, Bridging::VlanId::fromRaw( vlan ) },
+                            Bridging::VlanXlateMapping::fromRaw( translated ),
+                            inLag } );
          } );
          step();
+      };
+      for ( const IngressMapping& mapping : port.ingress ) {
+         write( *agent.acsd().ingressConfigDir(), mapping.vlan, mapping.relay );
       }
       for ( const EgressMapping& mapping : port.egress ) {
-         failed.run( [ & ] {
-            agent.acsd().egressConfigDir()->configIs(
-               agent.record( port.name, mapping.relay, mapping.vlan ) );
-         } );
-         step();
+         write( *agent.acsd().egressConfigDir(), mapping.relay, mapping.vlan );
       }
+   };
+   for ( const Port& port : configuration.ports ) {
+      failed.run( [ & ] { writePort( port ); } );
    }
 }
 

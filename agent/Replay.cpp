@@ -111,7 +111,9 @@ class Player {
       return Bridging::VlanId::fromRaw( event.number( "vlan" ) );
    }
    Mox::MoxVlanMappingConfig record( const Event& event ) {
-      return agent_.record( event.text( "port" ), event.number( "vlan" ), event.number( "relay" ) );
+      const auto translated = Bridging::VlanXlateMapping::fromRaw( event.number( "relay" ) );
+      const Mox::PortVlanKey at = key( event );
+      return { at, translated, agent_.acsd().portToLag().contains( at.intfId() ) };
    }
 
  private:

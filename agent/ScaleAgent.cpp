@@ -22,11 +22,4 @@ ScaleAgent::ScaleAgent( std::size_t rangeEntriesPerPort )
       programmer_( Zel::newEntity< RangeProgrammer >( acsd_, scheduler_, rangeEntryDir_,
                                                       scheduleDir_, dataPlane_ ) ) {}
 
-Mox::MoxVlanMappingConfig
-ScaleAgent::record( const std::string& port, std::uint16_t vlan, std::uint16_t translated ) {
-   const Corvel::IntfId id = ports_.id( port );
-   return { Mox::PortVlanKey( id, Bridging::VlanId::fromRaw( vlan ) ),
-            Bridging::VlanXlateMapping::fromRaw( translated ), acsd_->portToLag().contains( id ) };
-}
-
 }   // namespace Agent

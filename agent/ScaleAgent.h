@@ -9,8 +9,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
 
 #include "Mox/MoxCommonSmData.h"
 #include "MoxVlanMapping/MoxVlanMappingScaleSlaveSm.h"
@@ -41,10 +39,6 @@ class ScaleAgent {
    MoxVlanMapping::VlanXlateScheduleDir& scheduleDir() const { return *scheduleDir_; }
    MoxVlanMapping::VlanMappingScaleSlaveSm& stateMachine() const { return *stateMachine_; }
    RangeProgrammer& programmer() const { return *programmer_; }
-
-   /// A configuration record of the named port; the numbers are taken unchecked.
-   Mox::MoxVlanMappingConfig record( const std::string& port, std::uint16_t vlan,
-                                     std::uint16_t translated );
 
  private:
    PortNames ports_;
