@@ -20,34 +20,38 @@ DeliveredTable::DeliveredTable( Slots slots )
     : seed_( Zel::hashSeed() ^ kSeedConstant ), innerMask_( slots == Slots::Key ? 0xffff : 0 ) {}
 
 Delivered*
-DeliveredTable::search( const PortVlanKey& slot, std::uint32_t hash ) {
-   std::uint32_t at = heads_.empty() ? kNone : head( hash );
-   while ( at != kNone && !( slotOf( slots_[ at ].record.key() ) == slot ) ) {
-      at = slots_[ at ].next_;
+DeliveredTable::search( const PortVlanKey& key, std::uint32_t hash ) {
+   for ( std::uint32_t at = heads_.empty() ? kNone : head( hash ); at != kNone; ) {
+      Delivered& found = slot( at );
+      if ( found.hash_ == hash && slotOf( found.record.key() ) == key ) {
+         return &found;
+      }
+      at = found.next_;
    }
-   return at == kNone ? nullptr : &slots_[ at ];
+   return nullptr;
 }
 
 Delivered*
 DeliveredTable::find( const PortVlanKey& key ) {
-   const PortVlanKey slot = slotOf( key );
-   return search( slot, hash( slot ) );
+   const PortVlanKey asked = slotOf( key );
+   return search( asked, zelHash( asked, seed_ ) );
 }
 
 Delivered&
 DeliveredTable::findOrInsert( const PortVlanKey& key ) {
-   const PortVlanKey slot = slotOf( key );
-   const std::uint32_t hashed = hash( slot );
-   if ( Delivered* const found = search( slot, hashed ) ) {
+   const PortVlanKey asked = slotOf( key );
+   const std::uint32_t hash = zelHash( asked, seed_ );
+   if ( Delivered* const found = search( asked, hash ) ) {
       return *found;
    }
    reserveOne();
-   const std::uint32_t place = free_;
-   Delivered& made = slots_[ place ];
-   free_ = made.next_;
+   const std::uint32_t place = free_ == kNone ? places_++ : free_;
+   Delivered& made = slot( place );
+   free_ = place == free_ ? made.next_ : kNone;
    made.record = MoxVlanMappingConfig( key, {} );
    made.stored_ = true;
-   made.next_ = std::exchange( head( hashed ), place );
+   made.hash_ = hash;
+   made.next_ = std::exchange( head( hash ), place );
    ++stored_;
    return made;
 }
@@ -56,32 +60,27 @@ DeliveredTable::findOrInsert( const PortVlanKey& key ) {
 void
 DeliveredTable::reserveOne() {
    if ( stored_ == heads_.size() ) {
-      std::vector< std::uint32_t > wider( std::max( kFirstHeads, 2 * heads_.size() ), kNone );
-      heads_.swap( wider );
-      for ( std::uint32_t place = 0; place < slots_.size(); ++place ) {
-         if ( slots_[ place ].stored_ ) {
-            std::uint32_t& first = head( hash( slotOf( slots_[ place ].record.key() ) ) );
-            slots_[ place ].next_ = std::exchange( first, place );
+      heads_ = std::vector< std::uint32_t >( std::max( kFirstHeads, 2 * heads_.size() ), kNone );
+      for ( std::uint32_t place = 0; place < places_; ++place ) {
+         if ( Delivered& known = slot( place ); known.stored_ ) {
+            known.next_ = std::exchange( head( known.hash_ ), place );
          }
       }
    }
-   if ( free_ == kNone ) {
-      slots_.emplace_back().next_ = kNone;
-      free_ = static_cast< std::uint32_t >( slots_.size() - 1 );
+   if ( free_ == kNone && places_ == chunks_.size() * kChunk ) {
+      chunks_.push_back( std::make_unique< Delivered[] >( kChunk ) );
    }
 }
 
 void
-DeliveredTable::erase( const Delivered& slot ) {
-   std::uint32_t* link = &head( hash( slotOf( slot.record.key() ) ) );
-   while ( &slots_[ *link ] != &slot ) {
-      link = &slots_[ *link ].next_;
+DeliveredTable::erase( const Delivered& gone ) {
+   std::uint32_t* link = &head( gone.hash_ );
+   while ( &slot( *link ) != &gone ) {
+      link = &slot( *link ).next_;
    }
-   const std::uint32_t place = *link;
-   Delivered& gone = slots_[ place ];
-   *link = gone.next_;
-   gone = Delivered();
-   gone.next_ = std::exchange( free_, place );
+   const std::uint32_t place = std::exchange( *link, gone.next_ );
+   slot( place ) = Delivered();
+   slot( place ).next_ = std::exchange( free_, place );
    --stored_;
 }
 

@@ -5,7 +5,7 @@
 //
 // Slot        What one mapping is in force for at a time: a port's VLAN, whatever the inner VLAN, or
 //             a key. There is one for nearly every configured mapping, so slots are no entities:
-//             they stand side by side, and each takes 28 bytes and its share of the chains' heads.
+//             they stand side by side, and each takes 32 bytes and its share of the chains' heads.
 // References  To a slot last until it is erased, whatever else comes and goes.
 // Cost        findOrInsert(), find() and erase() O(1) on average.
 // Throws      std::bad_alloc from findOrInsert(), with nothing changed.
@@ -14,7 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <vector>
 
 #include "Mox/MoxVlanMapping.h"
@@ -39,6 +39,7 @@ struct Delivered {
    friend class DeliveredTable;
    bool stored_ : 1 = false;
    std::uint32_t next_ = 0;   // of its chain, or of those that are free
+   std::uint32_t hash_ = 0;
 };
 
 class DeliveredTable {
@@ -57,25 +58,28 @@ class DeliveredTable {
    /// The slot of `key`; a new one has an empty record of that key, and nothing is in force.
    Delivered& findOrInsert( const PortVlanKey& key );
    /// Requires: the slot stands in this table.
-   void erase( const Delivered& slot );
+   void erase( const Delivered& gone );
 
    /// For walks, which bear any change: places from 0 on, of which some are free.
-   std::size_t places() const { return slots_.size(); }
+   std::uint32_t places() const { return places_; }
    /// Null when the place is free.
-   const Delivered* at( std::size_t place ) const {
-      return slots_[ place ].stored_ ? &slots_[ place ] : nullptr;
+   const Delivered* at( std::uint32_t place ) const {
+      const Delivered& slot = chunks_[ place / kChunk ][ place % kChunk ];
+      return slot.stored_ ? &slot : nullptr;
    }
 
  private:
    static constexpr std::uint32_t kNone = 0xffffffff;
+   static constexpr std::uint32_t kChunk = 128;
 
-   std::uint32_t hash( const PortVlanKey& slot ) const { return zelHash( slot, seed_ ); }
+   Delivered& slot( std::uint32_t place ) { return chunks_[ place / kChunk ][ place % kChunk ]; }
    std::uint32_t& head( std::uint32_t hash ) { return heads_[ hash & ( heads_.size() - 1 ) ]; }
-   Delivered* search( const PortVlanKey& slot, std::uint32_t hash );
+   Delivered* search( const PortVlanKey& key, std::uint32_t hash );
    void reserveOne();
 
-   std::deque< Delivered > slots_;
+   std::vector< std::unique_ptr< Delivered[] > > chunks_;
    std::vector< std::uint32_t > heads_;   // as many as slots at least, a power of two
+   std::uint32_t places_ = 0;
    std::uint32_t free_ = kNone;
    std::uint32_t stored_ = 0;
    const std::uint32_t seed_;

@@ -52,6 +52,12 @@ struct VlanMappingSlaveSm::Delivery {
    DeliveredTable egress{ DeliveredTable::Slots::Key };
    // Configured ingress keys whose slot another key holds, and some that went.
    std::set< PortVlanKey > ingressWaiting;
+
+   void waitsNoMore( const PortVlanKey& key ) {
+      if ( !ingressWaiting.empty() ) {   // it nearly always is
+         ingressWaiting.erase( key );
+      }
+   }
 };
 
 // The configured record of a key, looked up again only where that may make a difference.
@@ -132,8 +138,8 @@ VlanMappingSlaveSm::handleInitialized() {
    // What is delivered, too, for its deletion may have failed; but not what hooks add at the end.
    const auto replay = [ & ]( const DeliveredTable& delivered, const MoxVlanMappingConfigDir& dir,
                               void ( VlanMappingSlaveSm::*handle )( const PortVlanKey& ) ) {
-      const std::size_t places = delivered.places();
-      for ( std::size_t place = 0; place < places; ++place ) {
+      const std::uint32_t places = delivered.places();
+      for ( std::uint32_t place = 0; place < places; ++place ) {
          if ( const Delivered* const slot = delivered.at( place ) ) {
             failed.run( [ & ] { ( this->*handle )( slot->record.key() ); } );
          }
@@ -151,7 +157,7 @@ std::uint32_t
 VlanMappingSlaveSm::undelivered() const {
    std::uint32_t keys = 0;
    const auto count = [ & ]( const DeliveredTable& delivered, const auto& isDelivered ) {
-      for ( std::size_t place = 0; place < delivered.places(); ++place ) {
+      for ( std::uint32_t place = 0; place < delivered.places(); ++place ) {
          const Delivered* const slot = delivered.at( place );
          keys += !slot || isDelivered( *slot ) ? 0 : 1;
       }
@@ -245,7 +251,7 @@ VlanMappingSlaveSm::handleIngressConfig( const PortVlanKey& changed ) {
       slot = delivered.find( key );
    }
    if ( !record ) {
-      delivery_->ingressWaiting.erase( key );
+      delivery_->waitsNoMore( key );
    } else if ( !( slot->record.key() == key ) ) {
       delivery_->ingressWaiting.insert( key );
    }
@@ -304,7 +310,7 @@ VlanMappingSlaveSm::addIngress( Delivered& slot, const MoxVlanMappingConfig& rec
    if ( failed.run( [ & ] { doAddIngressVlanMapping( key ); } ) ||
         ( ingressIndex_ && ingressIndex_->holds( key ) ) ) {
       slot.inForce = true;
-      delivery_->ingressWaiting.erase( key );
+      delivery_->waitsNoMore( key );
       return true;
    }
    if ( !ingressIndex_ ) {

@@ -29,7 +29,7 @@ using TestMox::key;
 std::set< std::string >
 walk( const DeliveredTable& table ) {
    std::set< std::string > met;
-   for ( std::size_t place = 0; place < table.places(); ++place ) {
+   for ( std::uint32_t place = 0; place < table.places(); ++place ) {
       if ( const Delivered* const slot = table.at( place ) ) {
          EXPECT_TRUE( met.insert( TestMox::name( slot->record.key() ) ).second );
       }
@@ -135,14 +135,14 @@ TEST( DeliveredTable, WithoutMemoryItStaysAsItWas ) {
 }
 
 // There is one of each for every mapping.
-TEST( DeliveredTable, AMappingTakesAHundredBytesOfConfigurationAndDelivery ) {
+TEST( DeliveredTable, AMappingTakes104BytesOfConfigurationAndDelivery ) {
    const auto dir = Mox::moxVlanMappingConfigDirFactory();
    const auto bytes = [] {
       return Zel::allocationCount( "Mox::MoxVlanMappingConfigDir::ZelConfig" ).bytes;
    };
    const std::int64_t before = bytes();
    dir->configIs( { key( 1, 100 ), Bridging::VlanXlateMapping::fromRaw( 3001 ) } );
-   EXPECT_LE( bytes() - before + static_cast< std::int64_t >( sizeof( Delivered ) ), 100 );
+   EXPECT_LE( bytes() - before + static_cast< std::int64_t >( sizeof( Delivered ) ), 104 );
 }
 
 }   // namespace
