@@ -138,8 +138,8 @@ class IndexedSm : public RecordingSm {
          return sm.record_.index.contains( placeOf( key ) );
       }
       void reserve( const Mox::PortVlanKey& key ) override {
-         ++sm.record_.reserved;
          sm.hook( "r" + name( key ), [] {} );
+         ++sm.record_.reserved;   // what throws reserves nothing
       }
       void restore( const Mox::MoxVlanMappingConfig& record ) override {
          const std::uint16_t vlan = record.mapping().rawVlanId();
