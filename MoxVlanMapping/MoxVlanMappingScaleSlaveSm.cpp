@@ -150,13 +150,15 @@ VlanMappingScaleSlaveSm::RangeIndex::holds( const Mox::PortVlanKey& key ) const 
    const auto& dir =
       sm_.vlanRangeMgr_ ? sm_.vlanRangeMgr_->vlanRangeEntryDir() : sm_.vlanRangeEntryDir_;
    const auto entry = dir->vlanRangeEntry( key.intfId() );
-   const auto* start =
-      entry && vid.value() <= Bridging::VlanId::kHighest
-         ? entry->revSortedStartVid().findNodeOrNext( ReverseStartIdVlanId( vid.value() ) )
-         : nullptr;
-   const auto* range =
-      start ? entry->vlanIdRange().findNode( Bridging::VlanId::fromRaw( start->key().value() ) )
-            : nullptr;
+   if ( !entry || vid.value() > Bridging::VlanId::kHighest ) {
+      return false;
+   }
+   const auto start = entry->revSortedStartVid().findElementOrNext( vid.value() );
+   if ( !start ) {
+      return false;
+   }
+   const auto low = Bridging::VlanId::fromRaw( start->key().value() );
+   const auto range = entry->vlanIdRange().findElement( low );
    return range && !( range->value().highVid() < vid );
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Kirlog/PelrecMessage.h"
+#include "MoxVlanMapping/SizeOrder.h"
 #include "Zel/NewEntity.h"
 #include "Zel/Trace.h"
 
@@ -285,7 +286,7 @@ MoxVlanRangeMappingCodef::sortVlanRangeBySize( Corvel::IntfId intfId ) {
    const Zel::Ptr< VlanRangeEntry > rangeEntry = vlanRangeEntryDir_->vlanRangeEntryIs( intfId );
    const Zel::Ptr< VlanXlateScaleEntry > scaleEntry =
       vlanXlateScaleEntryDir_->vlanXlateScaleEntryIs( intfId );
-   sizeSort_.refill( *scaleEntry, rangeEntry->vlanIdRange() );
+   scaleEntry->sizeOrder().refill( rangeEntry->store() );
 }
 
 void

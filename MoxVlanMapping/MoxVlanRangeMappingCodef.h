@@ -34,7 +34,6 @@
 
 #include "Corvel/IntfId.h"
 #include "Mox/MoxCommonSmData.h"
-#include "MoxVlanMapping/SizeSort.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
 #include "MoxVlanMapping/VlanXlateScaleEntry.h"
 #include "MoxVlanMapping/VlanXlateScheduleDir.h"
@@ -149,7 +148,6 @@ class ZEL_EXPORT MoxVlanRangeMappingCodef : public Zel::PtrInterface {
    Zel::Ptr< ZelVlanXlateScheduleDir > vlanXlateScheduleDir_;
    Zel::Ptr< ZelTask > task_;
    Zel::Ptr< VlanXlateScaleEntryDir > vlanXlateScaleEntryDir_;
-   SizeSort sizeSort_;
    bool initialized_ = false;
 };
 

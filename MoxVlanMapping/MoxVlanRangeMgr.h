@@ -80,18 +80,16 @@ class ZEL_EXPORT MoxVlanRangeMgr : public Zel::PtrInterface {
    ~MoxVlanRangeMgr() override;
 
  private:
-   /// An id that is deleted and will be added again, and the elements for it.
+   /// An id that is deleted and will be added again.
    struct Change {
       Corvel::IntfId intfId;
       Bridging::VlanId vid;
-      Zel::Ptr< VlanRangeEntry::ZelVlanIdRange > range;
-      Zel::Ptr< VlanRangeEntry::ZelRevSortedStartVid > start;
+
+      friend bool operator==( const Change&, const Change& ) = default;
    };
 
-   VlanRangeEntry* pairedEntry( Corvel::IntfId intfId ) const;
-   Change* changeOf( Corvel::IntfId intfId, Bridging::VlanId vid );
-   /// Ranges for which an operation makes room: its own, and what changes have reserved.
-   std::uint32_t room() const { return 1 + 2 * static_cast< std::uint32_t >( changes_.size() ); }
+   RangeStore* untracedStore( Corvel::IntfId intfId ) const;
+   void keepRoom( RangeStore& store, Corvel::IntfId intfId, Bridging::VlanId vid ) const;
 
    const Zel::Ptr< VlanRangeEntryDir > vlanRangeEntryDir_;
    // Most often none; several when a reactor of one change makes another.

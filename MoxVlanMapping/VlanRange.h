@@ -106,12 +106,6 @@ class ZEL_EXPORT ReverseStartIdVlanId {
    std::uint16_t value_ = 0;
 };
 
-/// Place in a Zel::SmallKeyMap.
-constexpr std::uint16_t
-zelPlace( const ReverseStartIdVlanId& start ) {
-   return start.value();
-}
-
 /// A bare number.
 ZEL_EXPORT Zel::String valueToStrep( const ReverseStartIdVlanId& start );
 ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const ReverseStartIdVlanId& start );

@@ -3,9 +3,25 @@
 //
 #include "MoxVlanMapping/VlanRangeEntry.h"
 
+#include "MoxVlanMapping/RangeStore.h"
+#include "Zel/Assert.h"
 #include "Zel/NewEntity.h"
 
 namespace MoxVlanMapping {
+namespace {
+
+constexpr char zelSourceTag[] = "MoxVlanMapping/VlanRangeEntry";
+
+// The entry and its store in one piece, of which the header shows the entry alone.
+class StoringEntry : public VlanRangeEntry {
+ protected:
+   explicit StoringEntry( Corvel::IntfId intfId ) : VlanRangeEntry( intfId, ranges_ ) {}
+
+ private:
+   RangeStore ranges_;
+};
+
+}   // namespace
 
 VlanRangeEntry::~VlanRangeEntry() {
    zelDoZombieReactors( true );
@@ -13,77 +29,77 @@ VlanRangeEntry::~VlanRangeEntry() {
 
 Zel::Ptr< VlanRangeEntry >
 VlanRangeEntry::VlanRangeEntryIs( Corvel::IntfId intfId ) {
-   return Zel::newEntity< VlanRangeEntry >( intfId );
+   return Zel::newEntity< StoringEntry >( intfId );
+}
+
+const VlanRangeEntry::VlanIdRangeMap&
+VlanRangeEntry::vlanIdRange() const {
+   return store_.vlanIdRange();
 }
 
 VlanRangeXlateMapping
 VlanRangeEntry::vlanIdRange( Bridging::VlanId lowVid ) const {
-   const ZelVlanIdRange* node = vlanIdRange_.findNode( lowVid );
-   return node ? node->value() : VlanRangeXlateMapping();
+   const auto found = store_.range( lowVid );
+   return found ? found.value() : VlanRangeXlateMapping();
 }
 
 void
 VlanRangeEntry::vlanIdRangeIs( const VlanRangeXlateMapping& range ) {
-   if ( ZelVlanIdRange* node = vlanIdRange_.findNode( range.lowVid() ) ) {
-      node->valueIs( range );
-   } else {
-      vlanIdRange_.insert( Zel::newEntity< ZelVlanIdRange >( range ) );
-   }
-}
-
-void
-VlanRangeEntry::vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element ) {
-   ZelVlanIdRange& stored = vlanIdRange_.insertOrFind( element );
-   if ( &stored != element.get() ) {
-      stored.valueIs( element->value() );
-   }
+   store_.reserve( range.lowVid() );
+   store_.vlanIdRangeIs( range );
 }
 
 VlanRangeXlateMapping
 VlanRangeEntry::vlanIdRangeDel( Bridging::VlanId lowVid ) {
-   const Zel::Ptr< ZelVlanIdRange > gone = vlanIdRange_.del( lowVid );
-   return gone ? gone->value() : VlanRangeXlateMapping();
+   const VlanRangeXlateMapping gone = vlanIdRange( lowVid );
+   store_.vlanIdRangeDel( lowVid );
+   store_.trim();
+   return gone;
 }
 
 VlanRangeXlateMapping
 VlanRangeEntry::vlanIdRangeDel( const VlanIdRangeMap::Iterator& at ) {
-   const Zel::Ptr< ZelVlanIdRange > gone = vlanIdRange_.del( at );
-   return gone ? gone->value() : VlanRangeXlateMapping();
+   ZEL_ASSERT( at.walks( vlanIdRange() ) );
+   return at.linked() ? vlanIdRangeDel( at->key() ) : VlanRangeXlateMapping();
+}
+
+void
+VlanRangeEntry::vlanIdRangeDelAll() {
+   store_.vlanIdRangeDelAll();
+}
+
+const VlanRangeEntry::RevSortedStartVidMap&
+VlanRangeEntry::revSortedStartVid() const {
+   return store_.revSortedStartVid();
 }
 
 bool
 VlanRangeEntry::revSortedStartVid( ReverseStartIdVlanId start ) const {
-   const ZelRevSortedStartVid* node = revSortedStartVid_.findNode( start );
-   return node && node->value();
+   return store_.revSortedStartVid( start );
 }
 
 void
 VlanRangeEntry::revSortedStartVidIs( ReverseStartIdVlanId start, bool value ) {
-   if ( ZelRevSortedStartVid* node = revSortedStartVid_.findNode( start ) ) {
-      node->valueIs( value );
-   } else {
-      revSortedStartVid_.insert( Zel::newEntity< ZelRevSortedStartVid >( start, value ) );
-   }
-}
-
-void
-VlanRangeEntry::revSortedStartVidIs( const Zel::Ptr< ZelRevSortedStartVid >& element ) {
-   ZelRevSortedStartVid& stored = revSortedStartVid_.insertOrFind( element );
-   if ( &stored != element.get() ) {
-      stored.valueIs( element->value() );
-   }
+   store_.reserve( Bridging::VlanId::fromRaw( start.value() ) );
+   store_.revSortedStartVidIs( start, value );
 }
 
 bool
 VlanRangeEntry::revSortedStartVidDel( ReverseStartIdVlanId start ) {
-   const Zel::Ptr< ZelRevSortedStartVid > gone = revSortedStartVid_.del( start );
-   return gone && gone->value();
+   const bool flag = store_.revSortedStartVidDel( start );
+   store_.trim();
+   return flag;
 }
 
 bool
 VlanRangeEntry::revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at ) {
-   const Zel::Ptr< ZelRevSortedStartVid > gone = revSortedStartVid_.del( at );
-   return gone && gone->value();
+   ZEL_ASSERT( at.walks( revSortedStartVid() ) );
+   return at.linked() && revSortedStartVidDel( at->key() );
+}
+
+void
+VlanRangeEntry::revSortedStartVidDelAll() {
+   store_.revSortedStartVidDelAll();
 }
 
 VlanRangeEntryDir::~VlanRangeEntryDir() {
@@ -103,12 +119,10 @@ VlanRangeEntryDir::vlanRangeEntry( Corvel::IntfId intfId ) const {
 
 Zel::Ptr< VlanRangeEntry >
 VlanRangeEntryDir::vlanRangeEntryIs( Corvel::IntfId intfId ) {
-   if ( const ZelVlanRangeEntry* node = vlanRangeEntry_.findNode( intfId ) ) {
-      return node->entity();
-   }
-   Zel::Ptr< VlanRangeEntry > entry = vlanRangeEntryFactory( intfId );
-   vlanRangeEntry_.insert( Zel::newEntity< ZelVlanRangeEntry >( entry ) );
-   return entry;
+   const auto make = [ & ] {
+      return Zel::newEntity< ZelVlanRangeEntry >( vlanRangeEntryFactory( intfId ) );
+   };
+   return vlanRangeEntry_.findOrInsert( intfId, make ).first->entity();
 }
 
 Zel::Ptr< VlanRangeEntry >

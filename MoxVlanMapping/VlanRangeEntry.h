@@ -19,112 +19,100 @@
 #include "Zel/HashMap2018.h"
 #include "Zel/Ptr.h"
 #include "Zel/PtrInterface.h"
-#include "Zel/SmallKeyMap.h"
+#include "Zel/RbTreeMap.h"
 
 namespace MoxVlanMapping {
 
+class RangeStore;
+
 /// One interface's ranges, twice: by start id ascending with the whole range, and the start ids
-/// alone descending. Every operation on one element is O(1) while both have the same starts, as
-/// they have unless somebody else than the range manager changes them. While they differ, a search
-/// for the first element or the one at or behind a key (findElementOrNext), and each step of an
-/// iterator, pass over the starts that only the other collection has, one by one: O(n) in these.
+/// alone descending. Elements are plain values in place; a counted one is made for whoever asks an
+/// iterator for its element(). Every operation on one element is O(1) while both collections have
+/// the same starts, as they have unless somebody else than the range manager changes them; while
+/// they differ, searches and steps of iterators are O(n) in the starts that only the other has.
 class ZEL_EXPORT VlanRangeEntry : public Zel::PtrInterface {
  public:
    static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry";
    static Zel::Ptr< VlanRangeEntry > VlanRangeEntryIs( Corvel::IntfId intfId );
 
    /// Element of vlanIdRange; its key is the range's own lowVid.
-   class ZelVlanIdRange : public Zel::SmallKeyNode {
+   class VlanIdRange {
     public:
-      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
-
+      VlanIdRange() = default;
+      explicit VlanIdRange( const VlanRangeXlateMapping& value ) : value_( value ) {}
       Bridging::VlanId key() const { return value_.lowVid(); }
       const VlanRangeXlateMapping& value() const { return value_; }
-      /// Requires: the same lowVid while it stands in its map.
-      void valueIs( const VlanRangeXlateMapping& value ) { value_ = value; }
-
-    protected:
-      explicit ZelVlanIdRange( const VlanRangeXlateMapping& value ) : value_( value ) {}
 
     private:
       VlanRangeXlateMapping value_;
    };
-
-   /// Element of revSortedStartVid.
-   class ZelRevSortedStartVid : public Zel::SmallKeyNode {
+   class ZelVlanIdRange : public Zel::RbTreeNode< VlanIdRange > {
     public:
-      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
-
-      ReverseStartIdVlanId key() const { return key_; }
-      /// Requires: it stands in no map.
-      void keyIs( ReverseStartIdVlanId key ) { key_ = key; }
-      bool value() const { return value_; }
-      void valueIs( bool value ) { value_ = value; }
+      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange";
 
     protected:
-      ZelRevSortedStartVid( ReverseStartIdVlanId key, bool value ) : key_( key ), value_( value ) {}
+      using RbTreeNode::RbTreeNode;
+   };
+
+   /// Element of revSortedStartVid.
+   class RevSortedStartVid {
+    public:
+      RevSortedStartVid() = default;
+      RevSortedStartVid( ReverseStartIdVlanId key, bool value ) : key_( key ), value_( value ) {}
+      ReverseStartIdVlanId key() const { return key_; }
+      bool value() const { return value_; }
 
     private:
       ReverseStartIdVlanId key_;
-      bool value_;
+      bool value_ = false;
+   };
+   class ZelRevSortedStartVid : public Zel::RbTreeNode< RevSortedStartVid > {
+    public:
+      static constexpr char zelTypeName[] = "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid";
+
+    protected:
+      using RbTreeNode::RbTreeNode;
    };
 
-   using VlanIdRangeMap = Zel::SmallKeyMap< ZelVlanIdRange, Zel::KeyIndex::kFirst >;
-   using RevSortedStartVidMap =
-      Zel::SmallKeyMap< ZelRevSortedStartVid, Zel::KeyIndex::kSecond, Zel::KeyOrder::Descending >;
+   using VlanIdRangeMap = Zel::RbTreeMap< ZelVlanIdRange >;
+   using RevSortedStartVidMap = Zel::RbTreeMap< ZelRevSortedStartVid >;
 
    Corvel::IntfId intfId() const { return intfId_; }
 
-   const VlanIdRangeMap& vlanIdRange() const { return vlanIdRange_; }
+   const VlanIdRangeMap& vlanIdRange() const;
    /// The range that starts at `lowVid`; the default range when there is none.
    VlanRangeXlateMapping vlanIdRange( Bridging::VlanId lowVid ) const;
    /// Inserts, or overwrites the range that has the same lowVid.
    void vlanIdRangeIs( const VlanRangeXlateMapping& range );
-   /// The same with an element made beforehand. Cannot fail for want of memory behind
-   /// reserve() of its key.
-   void vlanIdRangeIs( const Zel::Ptr< ZelVlanIdRange >& element );
    /// Returns the removed range; the default range when there was none.
    VlanRangeXlateMapping vlanIdRangeDel( Bridging::VlanId lowVid );
    VlanRangeXlateMapping vlanIdRangeDel( const VlanIdRangeMap::Iterator& at );
-   void vlanIdRangeDelAll() { vlanIdRange_.deleteAll(); }
+   void vlanIdRangeDelAll();
 
-   const RevSortedStartVidMap& revSortedStartVid() const { return revSortedStartVid_; }
+   const RevSortedStartVidMap& revSortedStartVid() const;
    /// The start's flag; false when there is none.
    bool revSortedStartVid( ReverseStartIdVlanId start ) const;
    /// Inserts, or overwrites the flag.
    void revSortedStartVidIs( ReverseStartIdVlanId start, bool value );
-   /// The same with an element made beforehand. Cannot fail for want of memory behind
-   /// revSortedStartVidReserve() of its key.
-   void revSortedStartVidIs( const Zel::Ptr< ZelRevSortedStartVid >& element );
-   /// Makes room for one start; holds until another is inserted.
-   void revSortedStartVidReserve( ReverseStartIdVlanId start ) {
-      revSortedStartVid_.reserve( start );
-   }
    /// Returns the removed start's flag; false when there was none.
    bool revSortedStartVidDel( ReverseStartIdVlanId start );
    bool revSortedStartVidDel( const RevSortedStartVidMap::Iterator& at );
-   void revSortedStartVidDelAll() { revSortedStartVid_.deleteAll(); }
+   void revSortedStartVidDelAll();
 
-   /// Makes room for up to so many new ranges, the last of which starts at `lowVid`.
-   void reserve( Bridging::VlanId lowVid, std::uint32_t ranges ) {
-      index_.reserve( lowVid.value(), ranges );
-   }
-   /// Gives the memory of empty collections back, and what was reserved in them.
-   void trim() { index_.trim(); }
+   /// The inside, for the library itself.
+   RangeStore& store() const { return store_; }
 
    Zel::TypeHandle fwkType() const override;
 
  protected:
-   explicit VlanRangeEntry( Corvel::IntfId intfId ) : intfId_( intfId ) {}
+   /// `store` is a part of the object that derives from this.
+   VlanRangeEntry( Corvel::IntfId intfId, RangeStore& store )
+       : intfId_( intfId ), store_( store ) {}
    ~VlanRangeEntry() override;
 
  private:
-   friend class PairedRanges;
-
    const Corvel::IntfId intfId_;
-   Zel::KeyIndex index_;
-   VlanIdRangeMap vlanIdRange_{ index_ };
-   RevSortedStartVidMap revSortedStartVid_{ index_ };
+   RangeStore& store_;
 };
 
 struct VlanRangeEntryKeyFunktor {

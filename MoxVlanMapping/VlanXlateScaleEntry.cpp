@@ -3,9 +3,25 @@
 //
 #include "MoxVlanMapping/VlanXlateScaleEntry.h"
 
+#include "MoxVlanMapping/SizeOrder.h"
+#include "Zel/Assert.h"
 #include "Zel/NewEntity.h"
 
 namespace MoxVlanMapping {
+namespace {
+
+constexpr char zelSourceTag[] = "MoxVlanMapping/VlanXlateScaleEntry";
+
+// The entry and its size order in one piece, of which the header shows the entry alone.
+class OrderingEntry : public VlanXlateScaleEntry {
+ protected:
+   explicit OrderingEntry( Corvel::IntfId intfId ) : VlanXlateScaleEntry( intfId, order_ ) {}
+
+ private:
+   SizeOrder order_;
+};
+
+}   // namespace
 
 VlanXlateScaleEntry::~VlanXlateScaleEntry() {
    zelDoZombieReactors( true );
@@ -13,7 +29,7 @@ VlanXlateScaleEntry::~VlanXlateScaleEntry() {
 
 Zel::Ptr< VlanXlateScaleEntry >
 VlanXlateScaleEntry::VlanXlateScaleEntryIs( Corvel::IntfId intfId ) {
-   return Zel::newEntity< VlanXlateScaleEntry >( intfId );
+   return Zel::newEntity< OrderingEntry >( intfId );
 }
 
 void
@@ -28,43 +44,35 @@ VlanXlateScaleEntry::vlanInXlateHashTableDel( Bridging::VlanId vlanId ) {
    return static_cast< bool >( vlanInXlateHashTable_.del( vlanId ) );
 }
 
+const VlanXlateScaleEntry::VidRangeSortedMap&
+VlanXlateScaleEntry::vidRangeSorted() const {
+   return vidRangeSorted_;
+}
+
 bool
 VlanXlateScaleEntry::vidRangeSorted( const VlanRangeXlateMapping& range ) const {
-   const ZelVidRangeSorted* node = vidRangeSorted_.findNode( range );
-   return node && node->value();
+   return vidRangeSorted_.flag( range ).value_or( false );
 }
 
 void
 VlanXlateScaleEntry::vidRangeSortedIs( const VlanRangeXlateMapping& range, bool value ) {
-   if ( ZelVidRangeSorted* node = vidRangeSorted_.findNode( range ) ) {
-      node->valueIs( value );
-   } else {
-      vidRangeSorted_.insert( Zel::newEntity< ZelVidRangeSorted >( range, value ) );
-   }
-}
-
-void
-VlanXlateScaleEntry::vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted,
-                                           std::vector< ZelVidRangeSorted* >& nodes ) {
-   vidRangeSorted_.refill(
-      sorted, nodes,
-      [] { return Zel::newEntity< ZelVidRangeSorted >( VlanRangeXlateMapping(), true ); },
-      []( ZelVidRangeSorted& element, const VlanRangeXlateMapping& range ) {
-         element.keyIs( range );
-         element.valueIs( true );
-      } );
+   vidRangeSorted_.is( range, value );
 }
 
 bool
 VlanXlateScaleEntry::vidRangeSortedDel( const VlanRangeXlateMapping& range ) {
-   const Zel::Ptr< ZelVidRangeSorted > gone = vidRangeSorted_.del( range );
-   return gone && gone->value();
+   return vidRangeSorted_.del( range ).value_or( false );
 }
 
 bool
 VlanXlateScaleEntry::vidRangeSortedDel( const VidRangeSortedMap::Iterator& at ) {
-   const Zel::Ptr< ZelVidRangeSorted > gone = vidRangeSorted_.del( at );
-   return gone && gone->value();
+   ZEL_ASSERT( at.walks( vidRangeSorted() ) );
+   return at.linked() && vidRangeSortedDel( at->key() );
+}
+
+void
+VlanXlateScaleEntry::vidRangeSortedDelAll() {
+   vidRangeSorted_.deleteAll();
 }
 
 VlanXlateScaleEntryDir::~VlanXlateScaleEntryDir() {
@@ -84,12 +92,10 @@ VlanXlateScaleEntryDir::vlanXlateScaleEntry( Corvel::IntfId intfId ) const {
 
 Zel::Ptr< VlanXlateScaleEntry >
 VlanXlateScaleEntryDir::vlanXlateScaleEntryIs( Corvel::IntfId intfId ) {
-   if ( const ZelVlanXlateScaleEntry* node = vlanXlateScaleEntry_.findNode( intfId ) ) {
-      return node->entity();
-   }
-   Zel::Ptr< VlanXlateScaleEntry > entry = vlanXlateScaleEntryFactory( intfId );
-   vlanXlateScaleEntry_.insert( Zel::newEntity< ZelVlanXlateScaleEntry >( entry ) );
-   return entry;
+   const auto make = [ & ] {
+      return Zel::newEntity< ZelVlanXlateScaleEntry >( vlanXlateScaleEntryFactory( intfId ) );
+   };
+   return vlanXlateScaleEntry_.findOrInsert( intfId, make ).first->entity();
 }
 
 Zel::Ptr< VlanXlateScaleEntry >

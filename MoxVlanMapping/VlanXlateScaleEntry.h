@@ -12,9 +12,6 @@
 // Threads     One thread, no locks.
 #pragma once
 
-#include <span>
-#include <vector>
-
 #include "Bridging/VlanId.h"
 #include "Corvel/IntfId.h"
 #include "MoxVlanMapping/VlanRange.h"
@@ -26,8 +23,11 @@
 
 namespace MoxVlanMapping {
 
-/// One interface's ranges, largest first, and a set of its VLAN ids. Operations on
-/// vidRangeSorted are O(log n), those on vlanInXlateHashTable O(1) on average.
+class SizeOrder;
+
+/// One interface's ranges, largest first, and a set of its VLAN ids. A look-up in vidRangeSorted is
+/// O(log n), a step of an iterator O(1), a single change O(n); all on vlanInXlateHashTable is O(1)
+/// on average.
 class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
  public:
    static constexpr char zelTypeName[] = "MoxVlanMapping::VlanXlateScaleEntry";
@@ -43,24 +43,25 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    };
 
    /// Element of vidRangeSorted: the whole range is the key.
-   class ZelVidRangeSorted : public Zel::RbTreeNode< VlanRangeXlateMapping > {
+   class VidRangeSorted {
+    public:
+      VidRangeSorted() = default;
+      VidRangeSorted( const VlanRangeXlateMapping& key, bool value )
+          : key_( key ), value_( value ) {}
+      const VlanRangeXlateMapping& key() const { return key_; }
+      bool value() const { return value_; }
+
+    private:
+      VlanRangeXlateMapping key_;
+      bool value_ = false;
+   };
+   class ZelVidRangeSorted : public Zel::RbTreeNode< VidRangeSorted > {
     public:
       static constexpr char zelTypeName[] =
          "MoxVlanMapping::VlanXlateScaleEntry::ZelVidRangeSorted";
 
-      const VlanRangeXlateMapping& key() const { return key_; }
-      /// Requires: it stands in no map, or its map is being refilled.
-      void keyIs( const VlanRangeXlateMapping& key ) { key_ = key; }
-      bool value() const { return value_; }
-      void valueIs( bool value ) { value_ = value; }
-
     protected:
-      ZelVidRangeSorted( const VlanRangeXlateMapping& key, bool value )
-          : key_( key ), value_( value ) {}
-
-    private:
-      VlanRangeXlateMapping key_;
-      bool value_;
+      using RbTreeNode::RbTreeNode;
    };
 
    using VlanInXlateHashTableSet = Zel::HashMap2018< ZelVlanInXlateHashTable, 0x21981069 >;
@@ -75,7 +76,7 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    bool vlanInXlateHashTableDel( Bridging::VlanId vlanId );
    void vlanInXlateHashTableDelAll() { vlanInXlateHashTable_.deleteAll(); }
 
-   const VidRangeSortedMap& vidRangeSorted() const { return vidRangeSorted_; }
+   const VidRangeSortedMap& vidRangeSorted() const;
    /// The range's flag; false when it is not there.
    bool vidRangeSorted( const VlanRangeXlateMapping& range ) const;
    /// Inserts, or overwrites the flag of the equal range.
@@ -83,23 +84,23 @@ class ZEL_EXPORT VlanXlateScaleEntry : public Zel::PtrInterface {
    /// Returns the removed range's flag; false when there was none.
    bool vidRangeSortedDel( const VlanRangeXlateMapping& range );
    bool vidRangeSortedDel( const VidRangeSortedMap::Iterator& at );
-   /// As deleting all and inserting each of `sorted` with the flag true. `nodes` is working memory.
-   /// Requires: `sorted` is in order, without equal ranges. O(n); std::bad_alloc leaves everything
-   /// as it was.
-   void vidRangeSortedRefill( std::span< const VlanRangeXlateMapping > sorted,
-                              std::vector< ZelVidRangeSorted* >& nodes );
-   void vidRangeSortedDelAll() { vidRangeSorted_.deleteAll(); }
+   void vidRangeSortedDelAll();
+
+   /// The inside of vidRangeSorted, for the library itself.
+   SizeOrder& sizeOrder() const { return vidRangeSorted_; }
 
    Zel::TypeHandle fwkType() const override;
 
  protected:
-   explicit VlanXlateScaleEntry( Corvel::IntfId intfId ) : intfId_( intfId ) {}
+   /// `order` is a part of the object that derives from this.
+   VlanXlateScaleEntry( Corvel::IntfId intfId, SizeOrder& order )
+       : intfId_( intfId ), vidRangeSorted_( order ) {}
    ~VlanXlateScaleEntry() override;
 
  private:
    const Corvel::IntfId intfId_;
    VlanInXlateHashTableSet vlanInXlateHashTable_;
-   VidRangeSortedMap vidRangeSorted_;
+   SizeOrder& vidRangeSorted_;
 };
 
 struct VlanXlateScaleEntryKeyFunktor {

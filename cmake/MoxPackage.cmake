@@ -16,10 +16,21 @@ endforeach()
 install( TARGETS MoxPlatform MoxVlanRangeMapping EXPORT MoxVlanRangeMapping
    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" )
 
+# What stands behind the public headers: none of them includes these, and what they declare is
+# exported by no library, so nobody could use them.
+set( insides
+   MoxVlanMapping/RangeRules.h
+   MoxVlanMapping/RangeSlots.h
+   MoxVlanMapping/RangeStore.h
+   MoxVlanMapping/SizeOrder.h
+   Mox/Delivered.h )
+list( TRANSFORM insides REPLACE "(.+)" "PATTERN;\\1;EXCLUDE" )
+
 # Folder names stay, so an include reads the same here and in a user's source.
 install( DIRECTORY "${PROJECT_SOURCE_DIR}/platform/" "${PROJECT_SOURCE_DIR}/MoxVlanMapping"
    DESTINATION "${headers}"
-   FILES_MATCHING PATTERN "*.h" )
+   FILES_MATCHING PATTERN "*.h"
+   ${insides} )
 
 if( TARGET vlan-scale-agent )
    file( RELATIVE_PATH fromBin

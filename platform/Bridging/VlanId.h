@@ -57,12 +57,6 @@ zelHash( const VlanId& id, std::uint32_t seed ) {
    return Zel::singleAttrHash( id.value(), seed );
 }
 
-/// Place in a Zel::SmallKeyMap.
-constexpr std::uint16_t
-zelPlace( const VlanId& id ) {
-   return id.value();
-}
-
 ZEL_EXPORT Zel::String valueToStrep( const VlanId& id );
 ZEL_EXPORT std::ostream& operator<<( std::ostream& out, const VlanId& id );
 

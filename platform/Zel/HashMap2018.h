@@ -59,6 +59,7 @@ class HashMap2018 {
  public:
    using Node = NodeType;
    using Key = std::remove_cvref_t< decltype( std::declval< const Node& >().key() ) >;
+   using Position = Ptr< const Node >;
    using Iterator = StdIterator< HashMap2018 >;
 
    HashMap2018() : table_( hashSeed() ^ SeedConstant ) {}
@@ -126,7 +127,7 @@ class HashMap2018 {
    /// iterator walks this collection (asserted).
    Ptr< Node > del( const Iterator& at ) {
       ZEL_ASSERT( at.walks( *this ) );
-      return at && at->linked() ? unlink( *at ) : nullptr;
+      return at.linked() ? unlink( *at ) : nullptr;
    }
    /// Takes out what is stored now; what is inserted when a node goes stays.
    void deleteAll() {
@@ -136,8 +137,10 @@ class HashMap2018 {
       }
    }
 
-   /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
-   Node* next( const Node& node ) const { return typed( table_.next( node ) ); }
+   // For StdIterator: a position is the node, which may be gone; null behind the last.
+   void advance( Position& position ) const { position = typed( table_.next( *position ) ); }
+   static bool linked( const Position& position ) { return position->linked(); }
+   static const Position& element( const Position& position ) { return position; }
 
    /// For tests: asserts buckets, thread, size, hashes and the nodes' reference counts, of which
    /// iterators on stored elements hold `iterators` in total.

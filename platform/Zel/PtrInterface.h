@@ -36,7 +36,6 @@ class ReferenceWord {
       kNotificationActive = 4,
       kMarkedForDeletion = 8,
       kLinked = 16,   // a node that stands in its collection
-      kRed = 32,      // colour of a tree node
    };
 
    std::int32_t references() const { return references_.value(); }

@@ -1,241 +1,326 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// RbTreeMap: ordered map of counted nodes, balanced red-black.
+// RbTreeMap: ordered map as its readers see it; the class that derives from it stores the elements.
 //
-// Node       Derives from RbTreeNode< Key > and has key(); whatever else it holds is the value.
-// Ownership  The map holds one reference to each node that stands in it, an iterator one to its
-//            own. A node that is taken out lives on while somebody holds it.
-// Order      By the key type's <. A key type may order fewer fields than it compares and says so
-//            with a constant kTwins: unequal keys that are neither less nor greater ("twins")
-//            stand together in order of insertion, and == alone tells them apart.
-// Cost       find, insert, unlink: O(log n) (plus the number of twins). Advance: O(1) amortised,
-//            O(log n) from an element that is gone.
+// Element    A plain value with key() and value(), stored in place. Iterators hold a copy of it,
+//            which shows each overwrite while the element is stored, and its last value when it is
+//            gone.
+// Node       Counted element, made when an iterator's element() is first asked for, one for each
+//            stored element. Notification-active, counted under its own type name. It is bound to
+//            its element until that is deleted and keeps the last value afterwards.
+// Ownership  Nodes belong to whoever holds them; the map holds none. Nodes and iterators may outlive
+//            the map; all their elements are gone then.
 // Iterators  Usable after any change, their own element's deletion included (StdIterator.h).
-// Asserts    insert of a key that is stored.
-// Threads    One thread, no locks.
+// Cost       Look-ups are the derived class's. An iterator is entered in a list of the map: O(1).
+//            A change takes O(1) beyond its own cost while nobody stands on any element, else
+//            O(iterators and nodes).
+// Memory     Walking allocates nothing; element() makes the node.
+// Throws     std::bad_alloc from element(), with nothing changed.
+// Threads    One thread, no locks; that goes for dropping iterators and nodes, too.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <span>
+#include <optional>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
-#include "Zel/Assert.h"
+#include "Zel/NewEntity.h"
 #include "Zel/Ptr.h"
-#include "Zel/RbTree.h"
+#include "Zel/PtrInterface.h"
 #include "Zel/StdIterator.h"
 
 namespace Zel {
 
-template < class Key >
-concept HasTwins = requires {
-   requires Key::kTwins;
+template < class ElementType >
+class RbTreeCursors;
+
+/// An element of a map as the map's store finds it: where it is, in the store's own terms, and a
+/// copy of it.
+template < class ElementType >
+struct RbTreeSpot {
+   std::uint32_t position;
+   ElementType element;
 };
 
-/// Node whose key may have twins: remembers when it came, which is its place among them.
-class RbTwinNode : public RbNode {
+/// What stands on an element of a map: an iterator's position, or the inside of a node. The map
+/// keeps it true through all changes.
+template < class ElementType >
+class RbTreeCursor {
  public:
-   std::uint64_t zelArrival = 0;
+   using Spot = RbTreeSpot< ElementType >;
+
+   RbTreeCursor() = default;
+   RbTreeCursor( const RbTreeCursors< ElementType >& list, const std::optional< Spot >& spot ) {
+      if ( spot ) {
+         enter( list );
+         stand( *spot );
+      }
+   }
+   RbTreeCursor( const RbTreeCursor& other ) : RbTreeCursor( other, nullptr ) {}
+   RbTreeCursor( const RbTreeCursor& other, PtrInterface* node ) : node_( node ) { *this = other; }
+   RbTreeCursor& operator=( const RbTreeCursor& other ) {
+      if ( this != &other ) {
+         leave();
+         if ( other.list_ ) {
+            enter( *other.list_ );
+         }
+         spot_ = other.spot_;
+         state_ = other.state_;
+         goneAt_ = other.goneAt_;
+      }
+      return *this;
+   }
+   ~RbTreeCursor() { leave(); }
+
+   /// False at the end.
+   explicit operator bool() const { return state_ != State::End; }
+   const ElementType& operator*() const { return spot_.element; }
+   bool linked() const { return state_ == State::Stored; }
+   const Spot& spot() const { return spot_; }
+
+   /// Steps to the element that `find( here, spot )` finds and writes into `spot`, or to the end.
+   template < class Find >
+   void moveTo( const Find& find ) {
+      if ( find( *this, spot_ ) ) {
+         state_ = State::Stored;
+      } else {
+         leave();
+         state_ = State::End;
+      }
+   }
+
+   /// Same element, or both at the end.
+   friend bool operator==( const RbTreeCursor& a, const RbTreeCursor& b ) {
+      return a.state_ == b.state_ &&
+             ( !a || ( a.list_ == b.list_ && a.spot_.element.key() == b.spot_.element.key() &&
+                       ( a.linked() || a.goneAt_ == b.goneAt_ ) ) );
+   }
+
+ private:
+   friend class RbTreeCursors< ElementType >;
+   enum class State : std::uint8_t { End, Stored, Gone };
+
+   void enter( const RbTreeCursors< ElementType >& list );
+   void leave();
+   void stand( const Spot& spot ) {
+      spot_ = spot;
+      state_ = State::Stored;
+   }
+
+   const RbTreeCursors< ElementType >* list_ = nullptr;   // null at the end and behind the map
+   RbTreeCursor* next_ = nullptr;
+   RbTreeCursor** link_ = nullptr;   // what points here
+   PtrInterface* node_ = nullptr;    // whose inside this is; null in an iterator
+   Spot spot_{};
+   State state_ = State::End;
+   std::uint32_t goneAt_ = 0;   // the map's count of changes when the element went
 };
 
-template < class Key >
-using RbTreeNode = std::conditional_t< HasTwins< Key >, RbTwinNode, RbNode >;
+/// All that stand on elements of one map.
+template < class ElementType >
+class RbTreeCursors {
+ public:
+   using Cursor = RbTreeCursor< ElementType >;
+
+   RbTreeCursors() = default;
+   ~RbTreeCursors() {
+      while ( first_ ) {
+         gone( *first_, 0 );
+         first_->leave();
+      }
+   }
+   RbTreeCursors( const RbTreeCursors& ) = delete;
+   RbTreeCursors& operator=( const RbTreeCursors& ) = delete;
+
+   bool empty() const { return !first_; }
+   /// The node of the stored element at `position`; null when nobody holds one.
+   PtrInterface* node( std::uint32_t position ) const {
+      const Cursor* at = first_;
+      while ( at && !( at->node_ && at->linked() && at->spot_.position == position ) ) {
+         at = at->next_;
+      }
+      return at ? at->node_ : nullptr;
+   }
+   void overwritten( std::uint32_t position, const ElementType& element ) {
+      for ( Cursor* at = first_; at; at = at->next_ ) {
+         if ( at->linked() && at->spot_.position == position ) {
+            at->spot_.element = element;
+         }
+      }
+   }
+   void erased( std::uint32_t position, std::uint32_t change ) {
+      for ( Cursor* at = first_; at; at = at->next_ ) {
+         if ( at->linked() && at->spot_.position == position ) {
+            gone( *at, change );
+         }
+      }
+   }
+   void cleared( std::uint32_t change ) {
+      for ( Cursor* at = first_; at; at = at->next_ ) {
+         if ( at->linked() ) {
+            gone( *at, change );
+         }
+      }
+   }
+   /// Gives each the position that `moved( cursor )` returns.
+   template < class Moved >
+   void reposition( const Moved& moved ) {
+      for ( Cursor* at = first_; at; at = at->next_ ) {
+         at->spot_.position = moved( *at );
+      }
+   }
+
+ private:
+   friend Cursor;
+   static void gone( Cursor& cursor, std::uint32_t change ) {
+      cursor.state_ = Cursor::State::Gone;
+      cursor.goneAt_ = change;
+   }
+
+   mutable Cursor* first_ = nullptr;
+};
+
+template < class ElementType >
+void
+RbTreeCursor< ElementType >::enter( const RbTreeCursors< ElementType >& list ) {
+   list_ = &list;
+   next_ = list.first_;
+   link_ = &list.first_;
+   if ( next_ ) {
+      next_->link_ = &next_;
+   }
+   list.first_ = this;
+}
+
+template < class ElementType >
+void
+RbTreeCursor< ElementType >::leave() {
+   if ( list_ ) {
+      *link_ = next_;
+      if ( next_ ) {
+         next_->link_ = link_;
+      }
+      list_ = nullptr;
+   }
+}
+
+/// Counted element of a map: what element() of an iterator returns.
+template < class ElementType >
+class RbTreeNode : public PtrInterface {
+ public:
+   using Element = ElementType;
+
+   decltype( auto ) key() const { return ( *cursor_ ).key(); }
+   decltype( auto ) value() const { return ( *cursor_ ).value(); }
+   /// Whether the element is stored.
+   bool linked() const { return cursor_.linked(); }
+
+ protected:
+   /// Stands where `at` does.
+   explicit RbTreeNode( const RbTreeCursor< Element >& at ) : cursor_( at, this ) {}
+
+ private:
+   RbTreeCursor< Element > cursor_;
+};
 
 template < class NodeType >
 class RbTreeMap {
  public:
    using Node = NodeType;
-   using Key = std::remove_cvref_t< decltype( std::declval< const Node& >().key() ) >;
+   using Element = typename Node::Element;
+   using Key = std::remove_cvref_t< decltype( std::declval< const Element& >().key() ) >;
+   using Position = RbTreeCursor< Element >;
    using Iterator = StdIterator< RbTreeMap >;
 
-   std::uint32_t size() const { return tree_.size(); }
-   bool empty() const { return tree_.size() == 0; }
-   /// Elements ever inserted or deleted; wraps.
-   std::uint32_t changes() const { return tree_.changes(); }
+   RbTreeMap( const RbTreeMap& ) = delete;
+   RbTreeMap& operator=( const RbTreeMap& ) = delete;
 
-   Iterator first() const { return { *this, typed( tree_.first() ) }; }
+   std::uint32_t size() const { return size_; }
+   bool empty() const { return size_ == 0; }
+   /// Elements ever inserted or deleted; wraps. An overwrite is none.
+   std::uint32_t changes() const { return changes_; }
+
+   Iterator first() const { return at( firstSpot() ); }
    Iterator begin() const { return first(); }
    std::default_sentinel_t end() const { return {}; }
+   /// The element that equals `key`, else the end.
+   Iterator findElement( const Key& key ) const { return at( spotOf( key ) ); }
+   /// The element that equals `key`, else the first that follows it in the map's order, else the
+   /// end.
+   Iterator findElementOrNext( const Key& key ) const { return at( spotOrNext( key ) ); }
+   bool contains( const Key& key ) const { return spotOf( key ).has_value(); }
 
-   /// The node of `key`, or null. No reference is taken: not to be kept across a change.
-   Node* findNode( const Key& key ) const {
-      for ( Node* node = firstNotLess( key ); node && !( key < node->key() );
-            node = after( *node ) ) {
-         if ( node->key() == key ) {
-            return node;
+   /// Moves to the element that now follows; for StdIterator.
+   void advance( Position& position ) const {
+      position.moveTo(
+         [ this ]( const Position& here, Spot& spot ) { return spotBehind( here, spot ); } );
+   }
+   static bool linked( const Position& position ) { return position.linked(); }
+   /// The counted element at a position that is not the end; for StdIterator.
+   Ptr< Node > element( const Position& position ) const {
+      if ( position.linked() ) {
+         if ( PtrInterface* const node = cursors_.node( position.spot().position ) ) {
+            return static_cast< Node* >( node );
          }
       }
-      return nullptr;
+      return newEntity< Node >( position );
    }
-   Iterator findElement( const Key& key ) const { return { *this, findNode( key ) }; }
 
-   /// The element that equals `key`, else the first that `key` is less than, else the end.
-   Iterator findElementOrNext( const Key& key ) const {
-      if constexpr ( HasTwins< Key > ) {
-         const Node* equal = findNode( key );
-         return { *this, equal ? equal : firstGreater( key ) };
-      } else {
-         return { *this, firstNotLess( key ) };
+   /// For tests: asserts order, sizes and that each element is found.
+   virtual void verify() const = 0;
+
+ protected:
+   using Spot = RbTreeSpot< Element >;
+
+   RbTreeMap() = default;
+   ~RbTreeMap() = default;
+
+   virtual std::optional< Spot > firstSpot() const = 0;
+   virtual std::optional< Spot > spotOf( const Key& key ) const = 0;
+   virtual std::optional< Spot > spotOrNext( const Key& key ) const = 0;
+   /// Writes the spot behind `position` into `spot`, which may be the position's own. False at the
+   /// end, with nothing written.
+   virtual bool spotBehind( const Position& position, Spot& spot ) const = 0;
+
+   // What the derived class tells of its changes, behind each.
+   void inserted() {
+      ++size_;
+      ++changes_;
+   }
+   void overwritten( std::uint32_t position, const Element& element ) {
+      if ( !cursors_.empty() ) [[unlikely]] {
+         cursors_.overwritten( position, element );
       }
    }
-
-   /// Requires: no element equals the node's key (asserted).
-   void insert( Ptr< Node > node ) {
-      RbNode* parent = nullptr;
-      const Node* before = nullptr;
-      auto side = RbTree::Side::Left;
-      for ( RbNode* at = tree_.root(); at; ) {
-         parent = at;
-         const Key& stored = typed( at )->key();
-         ZEL_ASSERT( !( node->key() == stored ) );
-         const bool less = node->key() < stored;
-         side = less ? RbTree::Side::Left : RbTree::Side::Right;
-         before = less ? before : typed( at );
-         at = less ? RbTree::left( *at ) : RbTree::right( *at );
-      }
-      if constexpr ( HasTwins< Key > ) {
-         // An equal element may stand off the way down; then what stands before is its twin.
-         ZEL_ASSERT( !before || before->key() < node->key() || !findNode( node->key() ) );
-         node->zelArrival = ++arrivals_;
-      }
-      tree_.linkAt( parent, side, std::move( node ) );
-   }
-
-   /// Takes a stored node out.
-   Ptr< Node > unlink( const Node& node ) {
-      return { typed( tree_.unlink( const_cast< Node& >( node ) ).release() ), adoptReference };
-   }
-
-   /// Takes the element that equals `key` out; null when there is none.
-   Ptr< Node > del( const Key& key ) {
-      const Node* node = findNode( key );
-      return node ? unlink( *node ) : nullptr;
-   }
-   /// Takes the iterator's element out; null at the end or when it is gone already. Requires: the
-   /// iterator walks this collection (asserted).
-   Ptr< Node > del( const Iterator& at ) {
-      ZEL_ASSERT( at.walks( *this ) );
-      return at && at->linked() ? unlink( *at ) : nullptr;
-   }
-   void deleteAll() { tree_.clear(); }
-
-   /// As deleting every element and inserting one for each of `sorted`, but elements that nobody
-   /// else holds are used again: `make()` makes those that are missing, before anything is changed,
-   /// and `write( node, key )` turns each into the one that it becomes. `nodes` is working memory;
-   /// kept from call to call it spares the allocation. Requires: `sorted` is in order, without equal
-   /// keys (asserted by verify() alone). O(n).
-   template < class Make, class Write >
-   void refill( std::span< const Key > sorted, std::vector< Node* >& nodes, const Make& make,
-                const Write& write );
-
-   /// The element behind `node`, which may be gone; null behind the last. For StdIterator.
-   Node* next( const Node& node ) const {
-      if ( node.linked() ) {
-         return after( node );
-      }
-      const auto follows = [ & ]( const Node& stored ) {
-         if constexpr ( HasTwins< Key > ) {
-            if ( !( node.key() < stored.key() ) && !( stored.key() < node.key() ) ) {
-               return stored.zelArrival > node.zelArrival;
-            }
-         }
-         return node.key() < stored.key();
-      };
-      Node* found = firstThat( follows );
-      // The same key again, inserted meanwhile: it stands where the iterator was already.
-      return found && found->key() == node.key() ? after( *found ) : found;
-   }
-
-   /// For tests: asserts shape, order, size and the nodes' reference counts, of which iterators
-   /// hold `iterators` in total.
-   void verify( std::int32_t iterators = 0 ) const {
-      tree_.verify( iterators );
-      for ( const Node* node = typed( tree_.first() ); node; node = after( *node ) ) {
-         ZEL_ASSERT( findNode( node->key() ) == node );
-         const Node* behind = after( *node );
-         ZEL_ASSERT( !behind || !( behind->key() < node->key() ) );
+   void erased( std::uint32_t position ) {
+      --size_;
+      ++changes_;
+      if ( !cursors_.empty() ) [[unlikely]] {
+         cursors_.erased( position, changes_ );
       }
    }
+   void cleared() {
+      changes_ += size_;
+      size_ = 0;
+      cursors_.cleared( changes_ );
+   }
+   /// Several at once, told of by no other call.
+   void inserted( std::uint32_t elements ) {
+      size_ += elements;
+      changes_ += elements;
+   }
+   RbTreeCursors< Element >& cursors() { return cursors_; }
 
  private:
-   static constexpr char zelSourceTag[] = "Zel/RbTreeMap";
-
-   static Node* typed( RbNode* node ) { return static_cast< Node* >( node ); }
-   static Node* after( const Node& node ) { return typed( RbTree::next( node ) ); }
-
-   // The first node that `holds` is true of; it must be false of all before and true of all behind.
-   template < class Predicate >
-   Node* firstThat( Predicate holds ) const {
-      Node* candidate = nullptr;
-      for ( RbNode* at = tree_.root(); at; ) {
-         if ( holds( *typed( at ) ) ) {
-            candidate = typed( at );
-            at = RbTree::left( *at );
-         } else {
-            at = RbTree::right( *at );
-         }
-      }
-      return candidate;
-   }
-   Node* firstNotLess( const Key& key ) const {
-      return firstThat( [ & ]( const Node& node ) { return !( node.key() < key ); } );
-   }
-   Node* firstGreater( const Key& key ) const {
-      return firstThat( [ & ]( const Node& node ) { return key < node.key(); } );
+   Iterator at( const std::optional< Spot >& spot ) const {
+      return { *this, Position( cursors_, spot ) };
    }
 
-   struct NoArrivals {};
-   RbTree tree_;
-   [[no_unique_address]] std::conditional_t< HasTwins< Key >, std::uint64_t, NoArrivals >
-      arrivals_{};
+   RbTreeCursors< Element > cursors_;
+   std::uint32_t size_ = 0;
+   std::uint32_t changes_ = 0;
 };
-
-template < class NodeType >
-template < class Make, class Write >
-void
-RbTreeMap< NodeType >::refill( std::span< const Key > sorted, std::vector< Node* >& nodes,
-                               const Make& make, const Write& write ) {
-   const auto size = static_cast< std::uint32_t >( sorted.size() );
-   const std::uint32_t changes = tree_.changes() + tree_.size() + size;
-   nodes.clear();
-   nodes.reserve( std::max( tree_.size(), size ) );
-   std::vector< const Node* > held;
-   for ( Node* node = typed( tree_.first() ); node; node = after( *node ) ) {
-      if ( node->zelReferences() == 1 ) {
-         nodes.push_back( node );
-      } else {
-         held.push_back( node );
-      }
-   }
-   std::vector< Ptr< Node > > missing;
-   while ( nodes.size() + missing.size() < size ) {
-      missing.push_back( make() );
-   }
-
-   // Which node stands where does not matter yet, for every key is written below.
-   for ( const Node* node : held ) {
-      unlink( *node );
-   }
-   while ( nodes.size() > size ) {
-      unlink( *nodes.back() );
-      nodes.pop_back();
-   }
-   for ( Ptr< Node >& node : missing ) {
-      Node* const last = nodes.empty() ? nullptr : nodes.back();
-      nodes.push_back( node.get() );
-      tree_.linkAt( last, RbTree::Side::Right, std::move( node ) );
-   }
-   for ( std::uint32_t i = 0; i < size; ++i ) {
-      write( *nodes[ i ], sorted[ i ] );
-      if constexpr ( HasTwins< Key > ) {
-         nodes[ i ]->zelArrival = ++arrivals_;
-      }
-   }
-   tree_.changesInc( changes - tree_.changes() );
-}
 
 }   // namespace Zel

@@ -1,10 +1,10 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// StdIterator: forward iterator of a collection of counted nodes; survives any change to it.
+// StdIterator: forward iterator of a collection; survives any change to it.
 //
-// It holds a reference to the node it stands on and asks the collection for the next one only
-// when it is advanced. "Gone" means deleted from the collection, by anybody, by any means.
+// It asks the collection for the next element only when it is advanced. "Gone" means deleted from
+// the collection, by anybody, by any means.
 //
 //   stands on              | * and ->          | ++ goes to                        | bool
 //   -----------------------+-------------------+-----------------------------------+------
@@ -13,46 +13,52 @@
 //                          | was (stale)       | follows where it stood            |
 //   no element (the end)   | asserts "iter_"   | asserts "iter_"                   | false
 //
-// What follows where: RbTreeMap and SmallKeyMap by the map's order, HashMap2018 by the order of
-// insertion. An element that is stored during the whole walk is met exactly once, one that goes before it is
+// What follows where: RbTreeMap by the map's order, HashMap2018 by the order of insertion. An
+// element that is stored during the whole walk is met exactly once, one that goes before it is
 // reached is not met, one that comes during the walk is met if it stands behind the iterator.
 //
-// Ownership  Holds its node; the collection must outlive the iterator (hold its entity by Ptr).
-// Cost       ++ on a stored element O(1) amortised; on one that is gone O(log n) in RbTreeMap,
-//            O(1) amortised in HashMap2018. In SmallKeyMap that of its index: O(1) while both
-//            collections in it have the same keys, else O(n) in those of the other alone.
+// Ownership  Holds its place in the collection; the collection must outlive the iterator's use
+//            (hold its entity by Ptr).
+// Cost       ++ is O(1) amortised in HashMap2018; in RbTreeMap it is the derived class's.
 #pragma once
 
 #include <iterator>
+#include <utility>
 
 #include "Zel/Assert.h"
-#include "Zel/Ptr.h"
 
 namespace Zel {
 
 template < class Collection >
 class StdIterator {
  public:
-   using Node = typename Collection::Node;
+   using Position = typename Collection::Position;
 
    StdIterator() = default;
-   StdIterator( const Collection& collection, const Node* node )
-       : collection_( &collection ), iter_( node ) {}
+   StdIterator( const Collection& collection, Position position )
+       : collection_( &collection ), iter_( std::move( position ) ) {}
 
    explicit operator bool() const { return static_cast< bool >( iter_ ); }
 
-   const Node& operator*() const {
+   decltype( auto ) operator*() const {
       ZEL_ASSERT( iter_ );
       return *iter_;
    }
-   const Node* operator->() const { return &**this; }
+   auto operator->() const { return &**this; }
 
    StdIterator& operator++() {
       ZEL_ASSERT( iter_ );
-      iter_ = collection_->next( *iter_ );
+      collection_->advance( iter_ );
       return *this;
    }
 
+   /// Whether the element is still stored. False at the end.
+   bool linked() const { return iter_ && Collection::linked( iter_ ); }
+   /// The counted element, to be kept; made if need be.
+   auto element() const {
+      ZEL_ASSERT( iter_ );
+      return collection_->element( iter_ );
+   }
    /// Whether the iterator walks this collection; true at the end.
    bool walks( const Collection& collection ) const { return !iter_ || collection_ == &collection; }
 
@@ -66,7 +72,7 @@ class StdIterator {
    static constexpr char zelSourceTag[] = "Zel/StdIterator";
 
    const Collection* collection_ = nullptr;
-   Ptr< const Node > iter_;
+   Position iter_;
 };
 
 }   // namespace Zel

@@ -141,20 +141,20 @@ argumentNames( const char* const ( &names )[ Names ] ) {
    return all;
 }
 
-/// What a collection's node holds beside its key.
-template < class Node >
+/// What a collection's element holds beside its key.
+template < class Stored >
 auto
-elementValue( const Node& node ) {
-   if constexpr ( requires { node.entity(); } ) {
-      return node.entity();
-   } else if constexpr ( requires { node.value(); } ) {
-      return node.value();
+elementValue( const Stored& element ) {
+   if constexpr ( requires { element.entity(); } ) {
+      return element.entity();
+   } else if constexpr ( requires { element.value(); } ) {
+      return element.value();
    } else {
       return true;   // of a hash set
    }
 }
 template < class Map >
-using Element = decltype( elementValue( std::declval< const typename Map::Node& >() ) );
+using Element = decltype( elementValue( *std::declval< const typename Map::Iterator& >() ) );
 
 /// What generic access does with one collection of one entity type.
 template < class Entity, class Map, const Map& ( Entity::*Get )() const, auto Del >
@@ -163,12 +163,12 @@ class Collection {
    using Key = typename Map::Key;
 
    static void get( const void* object, const Value* arguments, Value& result ) {
-      const auto* node = in( object ).findNode( unpack< Key >( arguments[ 0 ] ) );
-      result.valueIs( node ? elementValue( *node ) : Element< Map >() );
+      const auto at = in( object ).findElement( unpack< Key >( arguments[ 0 ] ) );
+      result.valueIs( at ? elementValue( *at ) : Element< Map >() );
    }
    static void del( const void* object, const Value* arguments, Value& result ) {
       const Key key = unpack< Key >( arguments[ 0 ] );
-      Value present = Value::of( in( object ).findNode( key ) != nullptr );
+      Value present = Value::of( in( object ).contains( key ) );
       ( objectAs< Entity >( object ).*Del )( key );
       result = std::move( present );
    }
@@ -179,7 +179,7 @@ class Collection {
       result.valueIs( in( object ).changes() );
    }
    static void has( const void* object, const Value* arguments, Value& result ) {
-      result.valueIs( in( object ).findNode( unpack< Key >( arguments[ 0 ] ) ) != nullptr );
+      result.valueIs( in( object ).contains( unpack< Key >( arguments[ 0 ] ) ) );
    }
    static std::unique_ptr< GenericIterator > iterate( const void* object ) {
       return std::make_unique< Iterator >( objectAs< Entity >( object ) );
@@ -206,7 +206,7 @@ class Collection {
       Value object() const override { return Value::of( elementValue( *at_ ) ); }
       void advance() override { ++at_; }
       bool del() override {
-         if ( !at_ || !at_->linked() ) {
+         if ( !at_.linked() ) {
             return false;
          }
          ( ( *entity_ ).*Del )( Key( at_->key() ) );

@@ -31,25 +31,6 @@
 
 namespace {
 
-using TestCollections::RefillNode;
-
-struct Refilled : Zel::RbTreeMap< RefillNode > {
-   void fill( const std::vector< std::uint32_t >& keys ) {
-      refill(
-         keys, nodes, [] { return Zel::newEntity< RefillNode >( 0u ); },
-         []( RefillNode& node, std::uint32_t key ) { node.keyIs( key ); } );
-   }
-   std::string show() const {
-      std::string text;
-      for ( const RefillNode& node : *this ) {
-         text += std::to_string( node.key() ) + " ";
-      }
-      return text;
-   }
-
-   std::vector< Node* > nodes;
-};
-
 class Bell : public Zel::PtrInterface {
  public:
    static constexpr char zelTypeName[] = "PlatformFaultTest::Bell";
@@ -149,9 +130,6 @@ struct Platform {
    Fault::Parts parts() const {
       return {
          { "hashed", hashed.show() },
-         { "ordered", ordered.show() },
-         { "small", small.show() },
-         { "refilled", refilled.show() },
          { "watched", std::to_string( bell->notifieeList()->notifiees() ) + ", " +
                          std::to_string( other->notifieeList()->notifiees() ) },
          { "heard", std::to_string( ear->heard ) },
@@ -165,17 +143,9 @@ struct Platform {
          { "mapped", std::to_string( mappings() - mappingsBefore ) },
          { "text", text } };
    }
-   void verify() const {
-      hashed.verify();
-      ordered.verify();
-      small.verify();
-      refilled.verify();
-   }
+   void verify() const { hashed.verify(); }
 
    TestCollections::Hashed hashed;
-   TestCollections::Ascending ordered;
-   TestCollections::SmallAscending small;
-   Refilled refilled;
    const Zel::Ptr< Bell > bell = Zel::newEntity< Bell >();
    const Zel::Ptr< Bell > other = Zel::newEntity< Bell >();
    const Zel::Ptr< Ear > ear = Zel::newEntity< Ear >( bell );
@@ -202,15 +172,10 @@ nothing( Platform& ) {}
 Row::Act
 filled( int count ) {
    return [ count ]( Platform& p ) {
-      std::vector< std::uint32_t > keys;
       for ( int number = 1; number <= count; ++number ) {
          const auto key = static_cast< std::uint32_t >( number );
          p.hashed.is( key, number );
-         p.ordered.is( key, number );
-         p.small.is( key, number );
-         keys.push_back( key );
       }
-      p.refilled.fill( keys );
    };
 }
 
@@ -241,11 +206,6 @@ erased( Member member, std::uint32_t number ) {
    return walked( member, [ number ]( auto& all ) { all.erase( number ); } );
 }
 
-Row::Act
-refilledWith( const std::vector< std::uint32_t >& keys ) {
-   return [ keys ]( Platform& p ) { p.refilled.fill( keys ); };
-}
-
 template < class Exception >
 Row::Act
 parseRefused( const char* type, const char* text ) {
@@ -265,25 +225,7 @@ const Row kRows[] = {
    { "HashGrown", filled( 4 ), inserted( &Platform::hashed, 9 ) },
    needsNoMemory( Row{ "HashOverwritten", filled( 3 ), inserted( &Platform::hashed, 2 ) } ),
    needsNoMemory( Row{ "HashErased", filled( 4 ), erased( &Platform::hashed, 1 ) } ),
-   { "OrderedInserted", filled( 3 ), inserted( &Platform::ordered, 9 ) },
-   needsNoMemory( Row{ "OrderedErased", filled( 4 ), erased( &Platform::ordered, 1 ) } ),
-   { "SmallInserted", filled( 3 ), inserted( &Platform::small, 9 ) },
-   { "SmallGrown", filled( 4 ), inserted( &Platform::small, 9 ) },
-   { "SmallTheOneTooMany", filled( Zel::KeyIndex::kMostFew ), inserted( &Platform::small, 5000 ) },
-   needsNoMemory( Row{ "SmallErased", filled( 4 ), erased( &Platform::small, 1 ) } ),
-   { "RefilledWithMore", filled( 4 ), refilledWith( { 2, 4, 6, 8, 10, 12 } ) },
-   { "RefilledWhileHeld", filled( 4 ),
-     walked( &Platform::refilled,
-             []( auto& all ) {
-                all.fill( { 1, 3, 5 } );
-             } ) },
-   needsNoMemory( Row{ "AllErased", filled( 4 ),
-                       []( Platform& p ) {
-                          p.hashed.deleteAll();
-                          p.ordered.deleteAll();
-                          p.small.deleteAll();
-                          p.refilled.deleteAll();
-                       } } ),
+   needsNoMemory( Row{ "AllErased", filled( 4 ), []( Platform& p ) { p.hashed.deleteAll(); } } ),
    // Notifiees.
    { "EarAdded", nothing, []( Platform& p ) { p.second = Zel::newEntity< Ear >( p.bell ); } },
    { "EarMoved", nothing, []( Platform& p ) { p.ear->zelNotifierIs( p.other ); } },

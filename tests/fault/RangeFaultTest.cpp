@@ -4,6 +4,7 @@
 // Range manager and stores: each operation with a fault at each of its points.
 #include <gtest/gtest.h>
 
+#include "MoxVlanMapping/RangeSlots.h"
 #include "tests/fault/FaultWorld.h"
 
 namespace {
@@ -15,8 +16,10 @@ using Fault::World;
 using Row = Fault::Row< World >;
 using Act = Row::Act;
 
+// As many as the first array holds.
+constexpr char kFullArray[] = "10-20 M, 50-50 M, 60-60 M, 70-70 M";
 // Ranges of an interface above which their store takes its other form.
-constexpr unsigned kMostFew = Zel::KeyIndex::kMostFew;
+constexpr unsigned kMostFew = MoxVlanMapping::RangeSlots::kMaxArraySize;
 
 Act
 ranges( const char* text ) {
@@ -40,7 +43,7 @@ dels( unsigned vlan ) {
 
 const Row kRows[] = {
    { "AddToNothing", nothing, adds( 10 ) },
-   { "AddAlone", ranges( "10-20 M" ), adds( 30 ) },
+   { "AddAlone", ranges( kFullArray ), adds( 30 ) },
    needsNoMemory( Row{ "AddInFront", ranges( "10-20 M" ), adds( 9 ) } ),
    needsNoMemory( Row{ "AddBehind", ranges( "10-20 M" ), adds( 21 ) } ),
    needsNoMemory( Row{ "AddBetween", ranges( "10-12 M, 14-20 M" ), adds( 13 ) } ),
@@ -48,7 +51,7 @@ const Row kRows[] = {
    needsNoMemory( Row{ "DeleteOnly", ranges( "10-10 M" ), dels( 10 ) } ),
    needsNoMemory( Row{ "DeleteFirst", ranges( "10-20 M" ), dels( 10 ) } ),
    needsNoMemory( Row{ "DeleteLast", ranges( "10-20 M" ), dels( 20 ) } ),
-   { "DeleteInside", ranges( "10-20 M" ), dels( 15 ) },
+   { "DeleteInside", ranges( kFullArray ), dels( 15 ) },
    needsNoMemory( Row{ "DeleteAbsent", ranges( "10-20 M" ), dels( 30 ) } ),
    { "AddTheOneTooMany", many( kMostFew ), adds( 1000 ) },
    { "SplitTheOneTooMany",
@@ -77,23 +80,38 @@ const Row kRows[] = {
         w.mgr->isVidAndDot1qInUpperBoundRange( w.port( 8 ), Bridging::VlanId( 1 ), {} );
         w.mgr->isVidAndDot1qInLowerBoundRange( w.port( 9 ), Bridging::VlanId( 1 ), {} );
      } },
-   { "DeleteFromRange", ranges( "10-20 M" ),
+   { "DeleteFromRange", ranges( kFullArray ),
      []( World& w ) {
         w.mgr->deleteVlanFromRange( w.port( 7 ), Bridging::VlanId( 15 ),
                                     TestSupport::rangeOf( 10, 20, 'M' ) );
      },
      dels( 15 ) },
    // Stores.
-   { "RangeStored", ranges( "10-20 M" ),
+   { "RangeStored", ranges( kFullArray ),
      []( World& w ) {
         w.ranges->vlanRangeEntryIs( w.port( 7 ) )
            ->vlanIdRangeIs( TestSupport::rangeOf( 30, 40, 'M' ) );
      } },
-   { "StartStored", ranges( "10-20 M" ),
+   { "StartStored", ranges( kFullArray ),
      []( World& w ) {
         w.ranges->vlanRangeEntryIs( w.port( 7 ) )
            ->revSortedStartVidIs( MoxVlanMapping::ReverseStartIdVlanId( 30 ), true );
      } },
+   { "ElementHeld", ranges( "10-20 M" ),
+     []( World& w ) {
+        const auto entry = w.ranges->vlanRangeEntryIs( w.port( 7 ) );
+        const auto range = entry->vlanIdRange().first();
+        const auto start = entry->revSortedStartVid().first();
+        const auto held = range.element();
+        EXPECT_TRUE( held->linked() && start.element()->linked() );
+     } },
+   needsNoMemory( Row{ "ChangedUnderHolders", ranges( "10-20 M" ),
+                       []( World& w ) {
+                          const auto entry = w.ranges->vlanRangeEntryIs( w.port( 7 ) );
+                          const auto range = entry->vlanIdRange().first();
+                          w.add( 21 );
+                          EXPECT_FALSE( range.linked() );
+                       } } ),
    needsNoMemory( Row{ "EntriesGone", ranges( "10-20 M" ),
                        []( World& w ) {
                           w.ranges->vlanRangeEntryDel( w.port( 7 ) );

@@ -322,7 +322,7 @@ class Session {
       require( holds == added, "the id is not there, or still there" );
    }
    static bool isOneToOneEmpty( const VlanRangeEntry& entry ) {
-      return entry.vlanIdRange().findNode( Bridging::VlanId( 1 ) ) &&
+      return entry.vlanIdRange().contains( Bridging::VlanId( 1 ) ) &&
              entry.vlanIdRange( Bridging::VlanId( 1 ) ) == VlanRangeXlateMapping();
    }
 

@@ -189,12 +189,11 @@ class Soak : TestSupport::Chain {
                     "pending work" );
       requireEqual( static_cast< std::int64_t >( codef_->task()->taskWorkCount() ),
                     static_cast< std::int64_t >( codef_->handedOver ), "work counted" );
-      std::int64_t ranges = 0;
       for ( unsigned port = 0; port < kPorts; ++port ) {
-         ranges += checkPort( port );
+         checkPort( port );
       }
       checkStatus();
-      checkCounts( ranges );
+      checkCounts();
       peak_ = std::max( peak_, residentBytes() );
       ++checks_;
    }
@@ -298,7 +297,7 @@ class Soak : TestSupport::Chain {
       }
    }
 
-   std::int64_t checkPort( unsigned port ) const {
+   void checkPort( unsigned port ) const {
       const std::string name = "port " + std::to_string( port + 1 );
       std::vector< VlanRangeXlateMapping > expected = rangesOf( ingress_[ port ] );
       const auto entry = rangeDir_->vlanRangeEntry( IntfId( port + 1 ) );
@@ -323,7 +322,6 @@ class Soak : TestSupport::Chain {
                          return element.key() == range && element.value();
                       } ),
                name + ": its sorted ranges differ" );
-      return static_cast< std::int64_t >( expected.size() );
    }
 
    void checkStatus() const {
@@ -346,17 +344,17 @@ class Soak : TestSupport::Chain {
    }
 
    // The arrays say how many there must be; of all other types as many as after the first check.
-   void checkCounts( std::int64_t ranges ) {
+   void checkCounts() {
       const std::int64_t egress = configured( egress_ );
       const std::int64_t both = configured( ingress_ ) + egress;
       const std::map< std::string, std::int64_t > expected{
          { "MoxVlanMapping::VlanRangeEntry", kPorts },
-         { "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange", ranges },
-         { "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid", ranges },
+         { "MoxVlanMapping::VlanRangeEntry::ZelVlanIdRange", 0 },
+         { "MoxVlanMapping::VlanRangeEntry::ZelRevSortedStartVid", 0 },
          { "MoxVlanMapping::VlanRangeEntryDir::ZelVlanRangeEntry", kPorts },
          { "MoxVlanMapping::VlanXlateScheduleDir::ZelVlanXlateSchedule", 0 },
          { "MoxVlanMapping::VlanXlateScaleEntry", kPorts },
-         { "MoxVlanMapping::VlanXlateScaleEntry::ZelVidRangeSorted", ranges },
+         { "MoxVlanMapping::VlanXlateScaleEntry::ZelVidRangeSorted", 0 },
          { "Mox::MoxVlanMappingConfigDir::ZelConfig", both },
          { "Mox::MoxVlanMappingStatusDir::ZelStatus", egress },
          { "Mox::MoxCommonSmData::ZelPortToLag", std::ranges::count( inAggregate_, true ) },

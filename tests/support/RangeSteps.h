@@ -17,10 +17,10 @@
 #include "Bridging/VlanId.h"
 #include "Bridging/VlanXlateMapping.h"
 #include "Corvel/IntfId.h"
+#include "MoxVlanMapping/RangeSlots.h"
 #include "MoxVlanMapping/VlanRange.h"
 #include "MoxVlanMapping/VlanRangeEntry.h"
 #include "Zel/Exception.h"
-#include "Zel/KeyIndex.h"
 #include "tests/support/LiteralRangeMgr.h"
 #include "tests/support/RangeText.h"
 
@@ -181,9 +181,9 @@ struct Crossings {
    int down = 0;
 
    void sizeIs( std::size_t size ) {
-      if ( !many && size > Zel::KeyIndex::kMostFew ) {
+      if ( !many && size > MoxVlanMapping::RangeSlots::kMaxArraySize ) {
          many = true;
-      } else if ( many && size <= Zel::KeyIndex::kMostFew / 2 ) {
+      } else if ( many && size <= MoxVlanMapping::RangeSlots::kMaxArraySize / 2 ) {
          many = false;
          ++down;
       }

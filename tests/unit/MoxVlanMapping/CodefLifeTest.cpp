@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "MoxVlanMapping/SizeOrder.h"
 #include "tests/support/VirtualSlot.h"
 #include "tests/unit/MoxVlanMapping/CodefMembers.h"
 #include "tests/unit/MoxVlanMapping/CodefTest.h"
@@ -191,7 +192,7 @@ class TellingScheduler : public Quen::TaskScheduler {
 class TellingScaleEntry : public VlanXlateScaleEntry {
  protected:
    explicit TellingScaleEntry( Departures& departures )
-       : VlanXlateScaleEntry( IntfId( 9 ) ), departures_( departures ) {}
+       : VlanXlateScaleEntry( IntfId( 9 ), order_ ), departures_( departures ) {}
    ~TellingScaleEntry() override {
       const auto task = CodefMembers::task( *departures_.codef );
       departures_.schedule->vlanXlateScheduleIs( IntfId( 1 ) );
@@ -207,6 +208,7 @@ class TellingScaleEntry : public VlanXlateScaleEntry {
    }
 
  private:
+   MoxVlanMapping::SizeOrder order_;
    Departures& departures_;
 };
 

@@ -21,22 +21,9 @@ using testing::Matcher;
 using testing::StartsWith;
 using TestSupport::rangeOf;
 
-// Other compilers name the function in other words.
-#if defined( __GNUC__ ) && !defined( __clang__ )
-constexpr char kAddFunction[] =
-   ": void MoxVlanMapping::MoxVlanRangeMgr::addVlanToIdx(Corvel::IntfId, Bridging::VlanId, "
-   "Bridging::VlanXlateMapping): ";
-constexpr char kDeleteIdFunction[] =
-   ": void MoxVlanMapping::MoxVlanRangeMgr::deleteVlanFromIdx(Corvel::IntfId, "
-   "Bridging::VlanId): ";
-constexpr char kDeleteFunction[] =
-   ": void MoxVlanMapping::MoxVlanRangeMgr::deleteVlanFromRange(Corvel::IntfId, "
-   "Bridging::VlanId, const MoxVlanMapping::VlanRangeXlateMapping&): ";
-#else
-constexpr char kAddFunction[] = "addVlanToIdx";
-constexpr char kDeleteIdFunction[] = "deleteVlanFromIdx";
-constexpr char kDeleteFunction[] = "deleteVlanFromRange";
-#endif
+constexpr char kAddFunction[] = "addVlanToIdx(";
+constexpr char kDeleteIdFunction[] = "deleteVlanFromIdx(";
+constexpr char kDeleteFunction[] = "deleteVlanFromRange(";
 
 Matcher< const std::string& >
 failed( const char* function, const std::string& expression, const std::string& state ) {

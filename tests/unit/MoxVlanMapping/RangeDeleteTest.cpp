@@ -207,7 +207,7 @@ TEST_F( RangePieceDeleteTest, ARangeOfOneIdGoesWhateverTheId ) {
 // The argument may be the stored value itself, which goes with its node.
 TEST_F( RangePieceDeleteTest, TheRangeMayBeTheStoredOneItself ) {
    given( "10-20 M" );
-   delFrom( 15, entry().vlanIdRange().findNode( vlan( 10 ) )->value() );
+   delFrom( 15, entry().vlanIdRange().findElement( vlan( 10 ) )->value() );
    EXPECT_EQ( ranges(), "10-14 M, 16-20 M" );
    EXPECT_EQ( starts(), "16, 10" );
 }

@@ -1,7 +1,7 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "MoxVlanMapping/SizeSort.h"
+#include "MoxVlanMapping/SizeOrder.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,16 @@ class SizeSortTest : public TestSupport::NoneLeftTest {
       }
       return all;
    }
-   std::string sorted() { return text( sort_.sorted( entry_->vlanIdRange() ) ); }
+   std::string sorted() {
+      sort_.refill( entry_->store() );
+      sort_.verify();
+      std::vector< VlanRangeXlateMapping > ranges;
+      for ( const auto& element : sort_ ) {
+         EXPECT_TRUE( element.value() );
+         ranges.push_back( element.key() );
+      }
+      return text( ranges );
+   }
    /// What comparing gives.
    std::string expected() const {
       std::vector< VlanRangeXlateMapping > ranges;
@@ -54,7 +63,7 @@ class SizeSortTest : public TestSupport::NoneLeftTest {
 
    const Zel::Ptr< VlanRangeEntry > entry_ =
       MoxVlanMapping::vlanRangeEntryFactory( Corvel::IntfId( 1 ) );
-   MoxVlanMapping::SizeSort sort_;
+   MoxVlanMapping::SizeOrder sort_;
 };
 
 TEST_F( SizeSortTest, NoRangesGiveNone ) {

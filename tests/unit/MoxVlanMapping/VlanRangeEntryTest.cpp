@@ -90,13 +90,13 @@ TEST_F( VlanRangeEntryTest, InsertingAtAStoredStartReplacesTheRange ) {
    EXPECT_EQ( entry_->vlanIdRange().size(), 2u );
 }
 
-TEST_F( VlanRangeEntryTest, ReplacingARangeKeepsItsNode ) {
+TEST_F( VlanRangeEntryTest, ReplacingARangeKeepsItsElement ) {
    ranges( "10-20 M" );
    const auto at = entry_->vlanIdRange().first();
    const auto changes = entry_->vlanIdRange().changes();
    ranges( "10-12 N" );
    EXPECT_EQ( rangeText( at->value() ), "10-12 N" );
-   EXPECT_TRUE( at->linked() );
+   EXPECT_TRUE( at.linked() );
    EXPECT_EQ( entry_->vlanIdRange().changes(), changes );
 }
 
@@ -106,24 +106,6 @@ TEST_F( VlanRangeEntryTest, InsertingAStoredStartReplacesItsFlag ) {
    EXPECT_EQ( starts(), "20, 10=false" );
    entry_->revSortedStartVidIs( 10, true );
    EXPECT_EQ( starts(), "20, 10" );
-}
-
-TEST_F( VlanRangeEntryTest, AnElementThatIsInsertedAtAStoredOneGivesItItsValue ) {
-   ranges( "10-12 M" );
-   entry_->vlanIdRangeIs(
-      Zel::newEntity< VlanRangeEntry::ZelVlanIdRange >( rangeOf( 10, 14, 'N' ) ) );
-   EXPECT_EQ( ranges(), "10-14 N" );
-   entry_->revSortedStartVidIs( 10, false );
-   entry_->revSortedStartVidIs( Zel::newEntity< VlanRangeEntry::ZelRevSortedStartVid >(
-      MoxVlanMapping::ReverseStartIdVlanId( 10 ), true ) );
-   EXPECT_EQ( starts(), "10" );
-}
-
-TEST_F( VlanRangeEntryTest, NodesAreActive ) {
-   ranges( "10-20 M" );
-   starts( { 10 } );
-   EXPECT_TRUE( entry_->vlanIdRange().first()->hasNotificationActive() );
-   EXPECT_TRUE( entry_->revSortedStartVid().first()->hasNotificationActive() );
 }
 
 TEST_F( VlanRangeEntryTest, DeletingARangeReturnsItExactly ) {
@@ -237,49 +219,6 @@ TEST_F( VlanRangeEntryTest, AnIteratorMeetsWhatIsInsertedBehindIt ) {
    ranges( "5-6 M, 30-40 M" );
    ++at;
    EXPECT_EQ( rangeText( at->value() ), "30-40 M" );
-}
-
-TEST_F( VlanRangeEntryTest, AHeldNodeOutlivesItsEntry ) {
-   auto entry = MoxVlanMapping::vlanRangeEntryFactory( IntfId( 8 ) );
-   TestSupport::store( *entry, "10-20 M, 30-40 M" );
-   const auto at = entry->vlanIdRange().first();
-   entry = nullptr;
-   EXPECT_EQ( rangeText( at->value() ), "10-20 M" );
-   EXPECT_FALSE( at->linked() );
-}
-
-// A node that says when it goes.
-class TellingRange : public VlanRangeEntry::ZelVlanIdRange {
- protected:
-   TellingRange( const VlanRangeXlateMapping& range, std::vector< std::string >& log )
-       : ZelVlanIdRange( range ), log_( log ) {}
-   ~TellingRange() override { log_.push_back( "range " + rangeText( value() ) ); }
-
- private:
-   std::vector< std::string >& log_;
-};
-
-class TellingStart : public VlanRangeEntry::ZelRevSortedStartVid {
- protected:
-   TellingStart( MoxVlanMapping::ReverseStartIdVlanId start, std::vector< std::string >& log )
-       : ZelRevSortedStartVid( start, true ), log_( log ) {}
-   ~TellingStart() override { log_.push_back( "start " + std::to_string( key().value() ) ); }
-
- private:
-   std::vector< std::string >& log_;
-};
-
-TEST_F( VlanRangeEntryTest, DestructionReleasesTheStartsBeforeTheRanges ) {
-   std::vector< std::string > log;
-   {
-      const auto entry = MoxVlanMapping::vlanRangeEntryFactory( IntfId( 8 ) );
-      const_cast< VlanRangeEntry::VlanIdRangeMap& >( entry->vlanIdRange() )
-         .insert( Zel::newEntity< TellingRange >( rangeOf( 10, 20, 'M' ), log ) );
-      const_cast< VlanRangeEntry::RevSortedStartVidMap& >( entry->revSortedStartVid() )
-         .insert(
-            Zel::newEntity< TellingStart >( MoxVlanMapping::ReverseStartIdVlanId( 10 ), log ) );
-   }
-   EXPECT_EQ( log, ( std::vector< std::string >{ "start 10", "range 10-20 M" } ) );
 }
 
 class VlanRangeEntryDirTest : public TestSupport::NoneLeftTest {

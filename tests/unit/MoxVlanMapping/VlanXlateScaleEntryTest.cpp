@@ -67,11 +67,6 @@ TEST_F( VlanXlateScaleEntryTest, EqualBoundsUnderTwoMappingsAreTwoElements ) {
    EXPECT_EQ( sorted(), "10-19 M, 10-19 N" );
 }
 
-TEST_F( VlanXlateScaleEntryTest, NodesAreActive ) {
-   given( "10-19 M" );
-   EXPECT_TRUE( entry_->vidRangeSorted().first()->hasNotificationActive() );
-}
-
 TEST_F( VlanXlateScaleEntryTest, DeletingARangeReturnsItsFlag ) {
    given( "10-19 M, 1-50 M" );
    entry_->vidRangeSortedIs( rangeOf( 5, 5, 'M' ), false );
@@ -183,38 +178,6 @@ TEST_F( VlanXlateScaleEntryTest, DeletingAllOfTheVlanSetLeavesTheRanges ) {
 
 TEST_F( VlanXlateScaleEntryTest, VlanSetHashesUnderItsOwnSeed ) {
    EXPECT_EQ( entry_->vlanInXlateHashTable().seed(), Zel::hashSeed() ^ 0x21981069u );
-}
-
-class TellingRange : public VlanXlateScaleEntry::ZelVidRangeSorted {
- protected:
-   explicit TellingRange( std::vector< std::string >& log )
-       : ZelVidRangeSorted( rangeOf( 10, 20, 'M' ), true ), log_( log ) {}
-   ~TellingRange() override { log_.push_back( "range" ); }
-
- private:
-   std::vector< std::string >& log_;
-};
-
-class TellingVlan : public VlanXlateScaleEntry::ZelVlanInXlateHashTable {
- protected:
-   explicit TellingVlan( std::vector< std::string >& log )
-       : ZelVlanInXlateHashTable( VlanId( 10 ) ), log_( log ) {}
-   ~TellingVlan() override { log_.push_back( "vlan" ); }
-
- private:
-   std::vector< std::string >& log_;
-};
-
-TEST_F( VlanXlateScaleEntryTest, DestructionReleasesTheRangesBeforeTheVlanSet ) {
-   std::vector< std::string > log;
-   {
-      const auto entry = MoxVlanMapping::vlanXlateScaleEntryFactory( IntfId( 8 ) );
-      const_cast< VlanXlateScaleEntry::VlanInXlateHashTableSet& >( entry->vlanInXlateHashTable() )
-         .insert( Zel::newEntity< TellingVlan >( log ) );
-      const_cast< VlanXlateScaleEntry::VidRangeSortedMap& >( entry->vidRangeSorted() )
-         .insert( Zel::newEntity< TellingRange >( log ) );
-   }
-   EXPECT_EQ( log, ( std::vector< std::string >{ "range", "vlan" } ) );
 }
 
 class VlanXlateScaleEntryDirTest : public TestSupport::NoneLeftTest {

@@ -120,12 +120,9 @@ TEST_F( ReferenceWordTest, SaysWhenTheLastReferenceGoes ) {
 }
 
 TEST_F( ReferenceWordTest, KeepsItsFlagsApart ) {
-   constexpr std::array flags{ ReferenceWord::kConstructing,
-                               ReferenceWord::kDestroying,
+   constexpr std::array flags{ ReferenceWord::kConstructing, ReferenceWord::kDestroying,
                                ReferenceWord::kNotificationActive,
-                               ReferenceWord::kMarkedForDeletion,
-                               ReferenceWord::kLinked,
-                               ReferenceWord::kRed };
+                               ReferenceWord::kMarkedForDeletion, ReferenceWord::kLinked };
    word_.constructed();
    for ( const auto one : flags ) {
       word_.flagIs( one, true );

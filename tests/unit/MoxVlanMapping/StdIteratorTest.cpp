@@ -1,7 +1,7 @@
 // Copyright 2026 The MoxVlanRangeMapping Authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// The rows of the table in Zel/StdIterator.h, on every kind of collection.
+// The rows of the table in Zel/StdIterator.h, on an ordered collection and a hashed one.
 
 #include "Zel/StdIterator.h"
 
@@ -13,16 +13,13 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/NoneLeftTest.h"
+#include "tests/support/RangeCollections.h"
 #include "tests/unit/Zel/Collections.h"
 
 namespace {
 
-using TestCollections::Ascending;
-using TestCollections::Descending;
 using TestCollections::Hashed;
-using TestCollections::numberOf;
-using TestCollections::SmallAscending;
-using TestCollections::SmallDescending;
+using TestCollections::Ranges;
 
 // Speaks of elements by their place in the walk, 0 first, whatever key stands for a place.
 template < class CollectionType >
@@ -30,14 +27,9 @@ class StdIteratorTest : public TestSupport::NoneLeftTest {
  protected:
    using Iterator = typename CollectionType::Iterator;
    using Key = typename CollectionType::Key;
-   static constexpr bool kDescending = TestCollections::kDescending< CollectionType >;
 
-   static std::uint32_t keyOf( std::uint32_t place ) {
-      return kDescending ? 60000 - place : 1000 + place;
-   }
-   static std::uint32_t placeOf( Key key ) {
-      return kDescending ? 60000 - numberOf( key ) : numberOf( key ) - 1000;
-   }
+   static std::uint32_t keyOf( std::uint32_t place ) { return 1000 + place; }
+   static std::uint32_t placeOf( Key key ) { return CollectionType::numberOf( key ) - 1000; }
 
    // Elements at places 0 to count-1, with their tenfold as value.
    void fill( std::uint32_t count ) {
@@ -48,22 +40,24 @@ class StdIteratorTest : public TestSupport::NoneLeftTest {
    void add( std::uint32_t place ) {
       collection_.is( keyOf( place ), static_cast< int >( 10 * place ) );
    }
-   void del( std::uint32_t place ) { ASSERT_TRUE( collection_.erase( keyOf( place ) ) ); }
+   void del( std::uint32_t place ) {
+      ASSERT_TRUE( collection_.erase( keyOf( place ) ).has_value() );
+   }
    Iterator at( std::uint32_t place ) const {
-      return collection_.findElement( Key{ keyOf( place ) } );
+      return collection_.findElement( CollectionType::keyOf( keyOf( place ) ) );
    }
 
    // "PLACE=VALUE", or "end".
    static std::string shown( const Iterator& it ) {
-      return it ? std::to_string( placeOf( it->key() ) ) + "=" + std::to_string( it->value() )
+      return it ? std::to_string( placeOf( it->key() ) ) + "=" +
+                     std::to_string( CollectionType::valueIn( it->value() ) )
                 : "end";
    }
 
    CollectionType collection_;
 };
 
-using AllCollections =
-   testing::Types< Ascending, Descending, SmallAscending, SmallDescending, Hashed >;
+using AllCollections = testing::Types< Ranges, Hashed >;
 TYPED_TEST_SUITE( StdIteratorTest, AllCollections );
 
 TYPED_TEST( StdIteratorTest, OnAStoredElementGivesTheElement ) {
@@ -71,7 +65,7 @@ TYPED_TEST( StdIteratorTest, OnAStoredElementGivesTheElement ) {
    const auto it = this->at( 1 );
    EXPECT_TRUE( it );
    EXPECT_EQ( this->placeOf( ( *it ).key() ), 1u );
-   EXPECT_EQ( it->value(), 10 );
+   EXPECT_EQ( TypeParam::valueIn( it->value() ), 10 );
 }
 
 TYPED_TEST( StdIteratorTest, OnAStoredElementAdvancesToTheNext ) {
@@ -126,7 +120,7 @@ TYPED_TEST( StdIteratorTest, OnAGoneElementGivesTheElementAsItWas ) {
    const auto it = this->at( 1 );
    this->del( 1 );
    EXPECT_TRUE( it );
-   EXPECT_FALSE( it->linked() );
+   EXPECT_FALSE( it.linked() );
    EXPECT_EQ( this->shown( it ), "1=10" );
 }
 
@@ -205,18 +199,6 @@ TYPED_TEST( StdIteratorTest, ACopyWalksOnItsOwn ) {
    EXPECT_EQ( this->shown( it ), "1=10" );
 }
 
-TYPED_TEST( StdIteratorTest, HoldsOneReferenceToItsElement ) {
-   this->fill( 2 );
-   {
-      auto it = this->at( 0 );
-      EXPECT_EQ( it->zelReferences(), 2 );
-      this->collection_.verify( 1 );
-      ++it;
-      this->collection_.verify( 1 );
-   }
-   this->collection_.verify( 0 );
-}
-
 TYPED_TEST( StdIteratorTest, SeveralMayStandOnOneGoneElement ) {
    this->fill( 4 );
    auto one = this->at( 1 );
@@ -226,7 +208,6 @@ TYPED_TEST( StdIteratorTest, SeveralMayStandOnOneGoneElement ) {
    this->del( 2 );
    EXPECT_EQ( this->shown( ++other ), "3=30" );
    EXPECT_EQ( this->shown( ++one ), "3=30" );
-   this->collection_.verify( 2 );
 }
 
 TYPED_TEST( StdIteratorTest, SeveralMayStandOnNeighboursThatAreAllGone ) {
@@ -246,8 +227,7 @@ TYPED_TEST( StdIteratorTest, DeletionThroughItReturnsTheElementOnce ) {
    this->fill( 3 );
    const auto it = this->at( 1 );
    const auto gone = this->collection_.del( it );
-   ASSERT_TRUE( gone );
-   EXPECT_EQ( gone->value(), 10 );
+   EXPECT_EQ( gone, 10 );
    EXPECT_FALSE( this->collection_.del( it ) );
    EXPECT_EQ( this->collection_.size(), 2u );
 }
@@ -264,7 +244,7 @@ TYPED_TEST( StdIteratorTest, DeletionOfEachElementDuringTheWalkMeetsEveryOne ) {
    for ( auto it = this->collection_.first(); it; ++it ) {
       EXPECT_EQ( this->placeOf( it->key() ), met++ );
       this->collection_.del( it );
-      this->collection_.verify( 0 );
+      this->collection_.verify();
    }
    EXPECT_EQ( met, 100u );
    EXPECT_TRUE( this->collection_.empty() );
@@ -330,7 +310,7 @@ TYPED_TEST( StdIteratorTest, MayOutliveTheCollectionAsLongAsItIsNotAdvanced ) {
       it = collection.first();
    }
    EXPECT_EQ( this->shown( it ), "4=40" );
-   EXPECT_FALSE( it->linked() );
+   EXPECT_FALSE( it.linked() );
 }
 
 template < class CollectionType >
@@ -353,8 +333,7 @@ TYPED_TEST( StdIteratorDeathTest, DeletionThroughAnIteratorOfAnotherCollectionAb
    this->fill( 1 );
    TypeParam other;
    EXPECT_DEATH( other.del( this->collection_.first() ),
-                 "Zel/[A-Za-z0-9]+Map[0-9]*:[0-9]+: .*del.*: Assertion "
-                 "`at.walks\\( \\*this \\)' failed\\." );
+                 "Assertion `at.walks\\( .*\\)' failed\\." );
 }
 
 TYPED_TEST( StdIteratorDeathTest, AdvancingFromTheEndAborts ) {
