@@ -331,7 +331,7 @@ TYPED_TEST( ContainerModelTest, AgreesWithItsModelOnFewKeys ) {
                                                                          { 1500, 150 } );
 }
 
-// Across changes of shape: a map of small keys becomes a trie and an array again, a table rehashes.
+// Across changes of shape: an array becomes pages and an array again, a table rehashes.
 TYPED_TEST( ContainerModelTest, AgreesWithItsModelOnManyKeys ) {
    TestSupport::expectModelled< Model< TypeParam >, Real< TypeParam > >( steps( 300, 200 ),
                                                                          { 600, 60 } );
