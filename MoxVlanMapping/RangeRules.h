@@ -202,7 +202,6 @@ RangeRules< Store, kTraced >::addVlanToIdx( VlanId vid, Mapping mapping ) {
       const Range lBoundRange = lBoundIter.value();
       lowVid = lBoundRange.lowVid();
       highVid = uBoundRange.highVid();
-      vlanRangeEntry->reserve( lowVid );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( uBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
       ZEL_ASSERT( vlanRangeEntry->revSortedStartVidDel( uBoundRange.lowVid().value() ) );
@@ -222,8 +221,7 @@ RangeRules< Store, kTraced >::addVlanToIdx( VlanId vid, Mapping mapping ) {
       const auto lBoundIter = lower( vid );
       ZEL_ASSERT( lBoundIter );
       const Range lBoundRange = lBoundIter.value();
-      lowVid = lBoundRange.lowVid();
-      vlanRangeEntry->reserve( lowVid );
+      lowVid = lBoundRange.lowVid();   // has its slot: the start stays
       ZEL_ASSERT( vlanRangeEntry->vlanIdRangeDel( lBoundRange.lowVid() ) );
    } else {
       say( Trace::kDecision, __LINE__, Trace::kAdd, " vid not present in prev and cur: " );

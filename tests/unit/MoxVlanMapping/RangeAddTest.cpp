@@ -180,4 +180,16 @@ TEST_F( RangeAddTest, AllVlansBecomeOneRangeWhateverTheOrder ) {
    EXPECT_EQ( state(), "7: 1-4094 M / 1\n" );
 }
 
+// Two slots fall vacant one after the other, the second before the first.
+TEST_F( RangeAddTest, BehindTwoDeletionsLeavesTheOthersWhereTheyAre ) {
+   given( "1-1 M, 3-3 N, 5-5 M, 7-7 N, 9-9 M" );
+   del( 5 );
+   del( 3 );
+   entry().vlanIdRange().verify();
+   add( 4, N );
+   add( 2, N );
+   EXPECT_EQ( state(), "7: 1-1 M, 2-2 N, 4-4 N, 7-7 N, 9-9 M / 9, 7, 4, 2, 1\n" );
+   entry().vlanIdRange().verify();
+}
+
 }   // namespace
