@@ -6,7 +6,7 @@
 // Store      The interface's ranges: RangeStore, or one that looks on in a test. It has upperBound(),
 //            lowerBound(), reserve(), trim() and the mutators of VlanRangeEntry.
 // Traced     The same text with the trace lines and without them, for even a line that is switched
-//            off costs a fifth of the most frequent changes.
+//            off costs, and without readers searches can be shared.
 // Memory     Is taken before the first change: when it runs out, the index is as it was.
 #pragma once
 

@@ -3,8 +3,8 @@
 //
 // RangeStore: the inside of a VlanRangeEntry: its two collections over one RangeSlots.
 //
-// Names are those of the entry's members, for the range manager's rules work on either. Who stands
-// on an element is told of each change to it.
+// Mutators have the names of the entry's, which the rules' assertions print. They take no memory:
+// reserve() does, before. Who stands on an element is told of each change to it.
 #pragma once
 
 #include <cstddef>
